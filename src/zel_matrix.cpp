@@ -1,0 +1,410 @@
+// SPDX-License-Identifier: MIT
+//
+// Dense matrices over eight scalar types. Signed and unsigned integers of one width share their bits under wrap-around
+// arithmetic, so every operation is one template with six instances, picked by by_depth(); and as all integer
+// arithmetic is unsigned, no operand can overflow.
+#include "_libzel.h"
+
+#include <limits.h>
+#include <stddef.h>
+#include <stdlib.h>
+#include <string.h>
+
+static_assert(sizeof(zel_mat_t) % 8 == 0, "data right behind a header must be aligned for every depth");
+
+namespace {
+
+using u32_t = uint32_t;
+
+// --- the scalar types ------------------------------------------------------------------------------------------------
+
+// The type an operation is computed in. Two 16-bit factors would be promoted to int, which their product overflows.
+template <typename T>
+struct wide {
+    using type = T;
+};
+template <>
+struct wide<u08_t> {
+    using type = u32_t;
+};
+template <>
+struct wide<u16_t> {
+    using type = u32_t;
+};
+template <typename T>
+using wide_t = typename wide<T>::type;
+
+// The one dispatch over the depths: calls f with a scalar of the type that computes a matrix of the given type code.
+template <typename F>
+inline void by_depth(int type, F f)
+{
+    switch (ZEL_MAT_DEPTH(type)) {
+    case ZEL_U08:
+    case ZEL_S08:
+        return f(u08_t());
+    case ZEL_U16:
+    case ZEL_S16:
+        return f(u16_t());
+    case ZEL_S32:
+        return f(u32_t());
+    case ZEL_F32:
+        return f(f32_t());
+    case ZEL_S64:
+        return f(u64_t());
+    default:
+        return f(f64_t());
+    }
+}
+
+template <typename T>
+inline T* scalars(const zel_mat_t* mat)
+{
+    return reinterpret_cast<T*>(mat->data.p);
+}
+
+// --- shapes ----------------------------------------------------------------------------------------------------------
+
+inline bool is_empty(const zel_mat_t* mat)
+{
+    return mat->rows <= 0 || mat->cols <= 0;
+}
+
+inline bool has_shape(const zel_mat_t* mat, int rows, int cols)
+{
+    return mat->rows == rows && mat->cols == cols;
+}
+
+inline size_t count_elements(const zel_mat_t* mat)
+{
+    return is_empty(mat) ? 0 : static_cast<size_t>(mat->rows) * static_cast<size_t>(mat->cols);
+}
+
+inline size_t count_channels(const zel_mat_t* mat)
+{
+    return static_cast<size_t>(ZEL_MAT_CN(mat->type));
+}
+
+inline size_t count_scalars(const zel_mat_t* mat)
+{
+    return count_elements(mat) * count_channels(mat);
+}
+
+inline size_t count_bytes(const zel_mat_t* mat)
+{
+    return count_scalars(mat) * static_cast<size_t>(ZEL_ELEM_SIZE(mat->type));
+}
+
+// Bytes of rows * cols elements, or -1 if they or one row do not fit in 31 bits.
+int data_size(int rows, int cols, int type)
+{
+    if (rows < 0 || cols < 0)
+        return -1;
+    const s64_t step = s64_t{ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)} * cols;
+    if (step > INT_MAX || step * rows > INT_MAX)
+        return -1;
+    return static_cast<int>(step * rows);
+}
+
+// --- fills -----------------------------------------------------------------------------------------------------------
+
+// Writes channel 0 alone. next() gives the diagonal values in turn.
+template <typename T, typename F>
+void fill_diagonal(zel_mat_t* mat, F next)
+{
+    T* d = scalars<T>(mat);
+    const int rows = mat->rows;
+    const int cols = mat->cols;
+    const size_t cn = count_channels(mat);
+    for (int i = 0; i < rows; ++i)
+        for (int j = 0; j < cols; ++j, d += cn)
+            *d = i == j ? next() : T(0);
+}
+
+// --- products --------------------------------------------------------------------------------------------------------
+
+// The operands of one product d = a * b, of rows x inner and inner x cols scalars. Element (i, k) of a lies at
+// i * a_row + k * a_inner, which is how the transpose of a is read in place.
+struct product {
+    const zel_mat_t* a;
+    const zel_mat_t* b;
+    zel_mat_t* d;
+    int rows;
+    int inner;
+    int cols;
+    int a_row;
+    int a_inner;
+};
+
+enum class sign { plus, minus };
+
+template <typename T>
+inline T multiply_add(T sum, T x, T y)
+{
+    using W = wide_t<T>;
+    return static_cast<T>(static_cast<W>(sum) + static_cast<W>(x) * static_cast<W>(y));
+}
+
+template <typename T>
+void set_row(T* __restrict d, T factor, const T* __restrict b, int cols)
+{
+    for (int j = 0; j < cols; ++j)
+        d[j] = static_cast<T>(static_cast<wide_t<T>>(factor) * static_cast<wide_t<T>>(b[j]));
+}
+
+template <typename T>
+void add_row(T* __restrict d, T factor, const T* __restrict b, int cols)
+{
+    for (int j = 0; j < cols; ++j)
+        d[j] = multiply_add(d[j], factor, b[j]);
+}
+
+// Rows of d, from the given term on, gain multiples of the rows of b. A negated factor subtracts exactly, wrapping or
+// fused, so that sums and differences are one loop.
+template <typename T>
+void accumulate_rows(const product& p, int first, sign s)
+{
+    T* d = scalars<T>(p.d);
+    for (int i = 0; i < p.rows; ++i, d += p.cols) {
+        const T* a = scalars<T>(p.a) + static_cast<ptrdiff_t>(i) * p.a_row;
+        const T* b = scalars<T>(p.b);
+        for (int k = 0; k < p.inner; ++k, a += p.a_inner, b += p.cols) {
+            const T factor = s == sign::plus ? *a : static_cast<T>(-static_cast<wide_t<T>>(*a));
+            if (k < first)
+                set_row(d, factor, b, p.cols);
+            else
+                add_row(d, factor, b, p.cols);
+        }
+    }
+}
+
+// d = a * b' + c, each element the dot product of two rows. c is null for d = a * b', or the same matrix as d.
+template <typename T>
+void multiply_transposed(const product& p, const zel_mat_t* c)
+{
+    const T* a = scalars<T>(p.a);
+    T* d = scalars<T>(p.d);
+    const T* start = c ? scalars<T>(c) : nullptr;
+    for (int i = 0; i < p.rows; ++i, a += p.inner) {
+        const T* b = scalars<T>(p.b);
+        for (int j = 0; j < p.cols; ++j, b += p.inner, ++d) {
+            T sum = start ? *start++ : T(0);
+            for (int k = 0; k < p.inner; ++k)
+                sum = multiply_add(sum, a[k], b[k]);
+            *d = sum;
+        }
+    }
+}
+
+inline bool is_single_channel(const zel_mat_t* mat)
+{
+    return ZEL_MAT_CN(mat->type) == 1;
+}
+
+inline void copy_data(const zel_mat_t* src, zel_mat_t* dst)
+{
+    memmove(dst->data.p, src->data.p, count_bytes(dst));  // the two may be one matrix
+}
+
+inline product plain_product(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d)
+{
+    return {a, b, d, a->rows, a->cols, b->cols, a->cols, 1};
+}
+
+inline product first_transposed(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d)
+{
+    return {a, b, d, a->cols, a->rows, b->cols, 1, a->cols};
+}
+
+inline product second_transposed(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d)
+{
+    return {a, b, d, a->rows, a->cols, b->rows, a->cols, 1};
+}
+
+// --- inverse ---------------------------------------------------------------------------------------------------------
+
+constexpr int max_inverse_rows = 40;
+
+}  // namespace
+
+// --- headers ---------------------------------------------------------------------------------------------------------
+
+zel_mat_t* zel_mat_initheader(zel_mat_t* mat, int rows, int cols, int type, void* data)
+{
+    if (!mat)
+        return nullptr;
+    mat->type = type;
+    mat->rows = rows;
+    mat->cols = cols;
+    // unsigned: any cols is taken, and a row that does not fit must still not overflow
+    mat->step =
+        static_cast<s32_t>(static_cast<u32_t>(ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)) * static_cast<u32_t>(cols));
+    mat->data.p = static_cast<u08_t*>(data);
+    return mat;
+}
+
+zel_mat_t* zel_mat_create(int rows, int cols, int type)
+{
+    const int size = data_size(rows, cols, type);
+    if (size < 0)
+        return nullptr;
+    auto* mat = static_cast<zel_mat_t*>(malloc(sizeof(zel_mat_t) + static_cast<size_t>(size)));
+    return zel_mat_initheader(mat, rows, cols, type, mat + 1);
+}
+
+void zel_mat_release(zel_mat_t* mat)
+{
+    if (mat && mat->data.p == reinterpret_cast<u08_t*>(mat + 1))
+        free(mat);
+}
+
+// --- fills -----------------------------------------------------------------------------------------------------------
+
+void zel_mat_setidentity(zel_mat_t* mat)
+{
+    by_depth(mat->type, [=](auto zero) {
+        using T = decltype(zero);
+        fill_diagonal<T>(mat, [] { return T(1); });
+    });
+}
+
+void zel_mat_setdiagonal(void* pvals, zel_mat_t* mat)
+{
+    by_depth(mat->type, [=](auto zero) {
+        using T = decltype(zero);
+        const T* value = static_cast<const T*>(pvals);
+        fill_diagonal<T>(mat, [&] { return *value++; });
+    });
+}
+
+void zel_mat_setzero(zel_mat_t* mat)
+{
+    if (!is_empty(mat))
+        memset(mat->data.p, 0, count_bytes(mat));
+}
+
+void zel_mat_setone(zel_mat_t* mat)
+{
+    by_depth(mat->type, [=](auto zero) {
+        using T = decltype(zero);
+        T* d = scalars<T>(mat);
+        const size_t count = count_scalars(mat);
+        for (size_t t = 0; t < count; ++t)
+            d[t] = T(1);
+    });
+}
+
+// --- products --------------------------------------------------------------------------------------------------------
+
+void zel_mat_mul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst, int flags)
+{
+    if (!is_single_channel(src1) || src2->type != src1->type || dst->type != src1->type)
+        return;
+    const bool trans1 = flags & ZEL_MAT_TRANS_SRC1;
+    const bool trans2 = !trans1 && (flags & ZEL_MAT_TRANS_SRC2);
+    const product p = trans1   ? first_transposed(src1, src2, dst)
+                      : trans2 ? second_transposed(src1, src2, dst)
+                               : plain_product(src1, src2, dst);
+    if (p.inner != (trans2 ? src2->cols : src2->rows) || !has_shape(dst, p.rows, p.cols))
+        return;
+    if (p.inner <= 0)
+        return zel_mat_setzero(dst);
+    by_depth(dst->type, [&](auto zero) {
+        using T = decltype(zero);
+        if (trans2)
+            multiply_transposed<T>(p, nullptr);
+        else
+            accumulate_rows<T>(p, 1, sign::plus);
+    });
+}
+
+void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flags)
+{
+    if (!is_single_channel(src1) || src2->type != src1->type || src3->type != src1->type || dst->type != src1->type)
+        return;
+    const bool trans2 = flags & ZEL_MAT_TRANS_SRC2;
+    const product p = trans2 ? second_transposed(src1, src2, dst) : plain_product(src1, src2, dst);
+    if (p.inner != (trans2 ? src2->cols : src2->rows) || !has_shape(dst, p.rows, p.cols) ||
+        !has_shape(src3, p.rows, p.cols))
+        return;
+    by_depth(dst->type, [&](auto zero) {
+        using T = decltype(zero);
+        if (trans2)
+            return multiply_transposed<T>(p, src3);
+        copy_data(src3, dst);
+        accumulate_rows<T>(p, 0, sign::plus);
+    });
+}
+
+void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flag)
+{
+    if (!is_single_channel(src2) || (src1 && src1->type != src2->type) || src3->type != src2->type ||
+        dst->type != src2->type)
+        return;
+    const bool from_identity = flag & ZEL_MAT_FROM_IDENTITY;
+    const product p = plain_product(src2, src3, dst);
+    if (p.inner != src3->rows || !has_shape(dst, p.rows, p.cols) ||
+        (!from_identity && !has_shape(src1, p.rows, p.cols)))
+        return;
+    if (from_identity)
+        zel_mat_setidentity(dst);
+    else
+        copy_data(src1, dst);
+    by_depth(dst->type, [&](auto zero) { accumulate_rows<decltype(zero)>(p, 0, sign::minus); });
+}
+
+// --- inverse ---------------------------------------------------------------------------------------------------------
+
+// Gauss-Jordan elimination on [A | I] (Golub and Van Loan, "Matrix Computations"). Rows are stored in single precision;
+// every update is computed in double and rounded once. Only a pivot of exactly zero exchanges rows.
+static int _matinv_nxn(int n, float* A, float* inv)
+{
+    static float W[max_inverse_rows][2 * max_inverse_rows];
+    static float tmp[2 * max_inverse_rows];
+
+    if (n > max_inverse_rows)
+        return -1;
+    const int n2 = 2 * n;
+    const size_t row = sizeof(float) * static_cast<size_t>(n > 0 ? n : 0);
+    for (int i = 0; i < n; ++i) {
+        memcpy(W[i], A + i * n, row);
+        for (int j = n; j < n2; ++j)
+            W[i][j] = j == n + i ? 1.0F : 0.0F;
+    }
+
+    for (int i = 0; i < n; ++i) {
+        if (W[i][i] == 0.0F && i < n - 1) {
+            int k = i + 1;
+            while (k < n - 1 && W[k][i] == 0.0F)
+                ++k;
+            const size_t rest = sizeof(float) * static_cast<size_t>(n2 - i);
+            memcpy(tmp, W[i] + i, rest);
+            memcpy(W[i] + i, W[k] + i, rest);
+            memcpy(W[k] + i, tmp, rest);
+        }
+        for (int j = 0; j < n; ++j) {
+            if (j == i)
+                continue;
+            const double ratio = static_cast<double>(W[j][i]) / static_cast<double>(W[i][i]);
+            for (int k = 0; k < n2; ++k)
+                W[j][k] = static_cast<float>(static_cast<double>(W[j][k]) - ratio * static_cast<double>(W[i][k]));
+        }
+    }
+
+    for (int i = 0; i < n; ++i) {
+        const double a = 1.0 / static_cast<double>(W[i][i]);
+        for (int j = 0; j < n2; ++j)
+            W[i][j] = static_cast<float>(static_cast<double>(W[i][j]) * a);
+    }
+    for (int i = 0; i < n; ++i)
+        memcpy(inv + i * n, W[i] + n, row);
+    return 0;
+}
+
+int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst)
+{
+    if (src->type != dst->type || src->rows != dst->rows || src->cols != dst->cols)
+        return -1;
+    if (src->type != ZEL_MAT_TYPE(ZEL_F32, 1) || src->rows != src->cols)
+        return -1;
+    return _matinv_nxn(src->rows, src->data.f, dst->data.f);
+}
