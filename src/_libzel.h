@@ -121,6 +121,51 @@ ZEL_API void zel_mat_setone(zel_mat_t* mat);
 
 /**
  * @}
+ * @name Element-wise arithmetic
+ * Every scalar of every channel, all depths. Operands must be of one type and shape. dst may be any of the sources; data
+ * that overlap at a shift are not allowed.
+ * @{
+ */
+
+/** dst = -src. Floats flip their sign bit. With ZEL_U08 and ZEL_U16 nothing is written. */
+ZEL_API void zel_mat_neg(zel_mat_t* src, zel_mat_t* dst);
+
+/** dst = src * value, with pval pointing at one scalar of the matrix's depth. It may lie in dst: it is read once, first. */
+ZEL_API void zel_mat_scale(void* pval, zel_mat_t* src, zel_mat_t* dst);
+
+/** dst = src1 + src2. */
+ZEL_API void zel_mat_add(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst);
+
+/** dst = src1 - src2. */
+ZEL_API void zel_mat_sub(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst);
+
+/**
+ * @}
+ * @name Transpose
+ * @{
+ */
+
+/**
+ * dst(j, i) = src(i, j), element by element with all channels, bit for bit. Types must agree, and dst must have as many
+ * rows as src has columns and the reverse. dst must not share storage with src: nothing is transposed in place.
+ */
+ZEL_API void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst);
+
+/**
+ * @}
+ * @name Printing
+ * @{
+ */
+
+/**
+ * Print a matrix to standard output with printf, a line per row, under the line "name=" unless name is null. For looking
+ * at values while developing: of several channels, only the first cols scalars of a row are printed; ZEL_S08 is printed
+ * as characters and ZEL_U16 as if signed.
+ */
+ZEL_API void zel_mat_print(char* name, zel_mat_t* mat);
+
+/**
+ * @}
  * @name Products
  * Single-channel operands of one type, all depths. With floats, products and sums may be fused; where the second factor
  * is transposed, sums may also be regrouped. An empty inner dimension gives zeros, or the matrix added to.
@@ -223,6 +268,24 @@ ZEL_API void zel_kalman_predict(zel_kalman_t* kalman);
  * With nm above 40 nothing can be inverted, and the posterior becomes the prior.
  */
 ZEL_API void zel_kalman_correct(zel_kalman_t* kalman, zel_mat_t* measurement);
+
+/**
+ * @}
+ * @name Matrices of 3 x 3 and vectors of 3
+ * On plain arrays, rows of three floats. Sums are formed in double precision and rounded once, apart from the
+ * determinant and the outer product, which are single precision throughout. Outputs must not share storage with inputs.
+ * @{
+ */
+
+ZEL_API void _matmult_3x3(float A[3][3], float B[3][3], float C[3][3]);  /**< C = A B */
+ZEL_API void _matmult_3x3t(float A[3][3], float B[3][3], float C[3][3]); /**< C = A B' */
+ZEL_API void _matmult_3x3vec(float A[3][3], float* x, float* y);         /**< y = A x */
+ZEL_API void _matmult_3x3tvec(float A[3][3], float* x, float* y);        /**< y = A' x */
+ZEL_API void _matneg_3x3(float A[3][3]);                                 /**< A = -A, in place */
+ZEL_API float _matdet_3x3(float A[3][3]);                                /**< det A, by cofactors of the first row */
+ZEL_API void _vecoutp_3(float* x, float* y, float O[3][3]);              /**< O = x y' */
+ZEL_API void _veccrossp_3(float* x, float* y, float* z);                 /**< z = x cross y */
+ZEL_API float _vecdotp_3(float* x, float* y);                            /**< x' y */
 
 /** @} */
 

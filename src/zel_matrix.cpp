@@ -7,6 +7,7 @@
 
 #include <limits.h>
 #include <stddef.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -33,6 +34,12 @@ struct wide<u16_t> {
 };
 template <typename T>
 using wide_t = typename wide<T>::type;
+
+template <typename T>
+inline wide_t<T> widened(T x)
+{
+    return x;
+}
 
 // The one dispatch over the depths: calls f with a scalar of the type that computes a matrix of the given type code.
 template <typename F>
@@ -120,6 +127,92 @@ void fill_diagonal(zel_mat_t* mat, F next)
             *d = i == j ? next() : T(0);
 }
 
+// --- element-wise arithmetic -----------------------------------------------------------------------------------------
+
+inline bool has_layout(const zel_mat_t* mat, const zel_mat_t* other)
+{
+    return mat->type == other->type && has_shape(mat, other->rows, other->cols);
+}
+
+// Cut back to its own width in the expression that negates, or GCC computes it on wider vectors.
+template <typename T>
+inline T negated(T x)
+{
+    return static_cast<T>(-static_cast<wide_t<T>>(x));
+}
+
+// d = f(sources), scalar by scalar. All four operations are this loop.
+template <typename T, typename F, typename... Sources>
+void each_scalar(size_t count, F f, T* d, const Sources*... sources)
+{
+    for (size_t t = 0; t < count; ++t)
+        d[t] = static_cast<T>(f(sources[t]...));
+}
+
+// --- transpose -------------------------------------------------------------------------------------------------------
+
+inline size_t smaller(size_t x, size_t y)
+{
+    return x < y ? x : y;
+}
+
+template <size_t size>
+inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
+{
+    for (size_t k = 0; k < cn; ++k, d += size, s += size)
+        memcpy(d, s, size);
+}
+
+// Scalars are moved as bytes, whatever they mean: their type is not known here. In square blocks of one cache line of the
+// destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7 times
+// as long.
+template <size_t size>
+void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
+{
+    constexpr size_t block = 64 / size;
+    const size_t rows = static_cast<size_t>(src->rows);
+    const size_t cols = static_cast<size_t>(src->cols);
+    const size_t cn = count_channels(src);
+    const u08_t* s = src->data.p;
+    u08_t* d = dst->data.p;
+    for (size_t i0 = 0; i0 < rows; i0 += block)
+        for (size_t j0 = 0; j0 < cols; j0 += block)
+            for (size_t j = j0; j < smaller(j0 + block, cols); ++j)
+                for (size_t i = i0; i < smaller(i0 + block, rows); ++i)
+                    copy_element<size>(d + (j * rows + i) * cn * size, s + (i * cols + j) * cn * size, cn);
+}
+
+// --- printing --------------------------------------------------------------------------------------------------------
+
+// A scalar as it is passed to printf. Both 16-bit depths are read as signed.
+inline int printed(u08_t value)
+{
+    return value;
+}
+inline int printed(u16_t value)
+{
+    return static_cast<s16_t>(value);
+}
+inline int printed(u32_t value)
+{
+    return static_cast<s32_t>(value);
+}
+inline double printed(f32_t value)
+{
+    return static_cast<double>(value);
+}
+inline long long printed(u64_t value)
+{
+    return static_cast<long long>(value);
+}
+inline double printed(f64_t value)
+{
+    return value;
+}
+
+// By depth.
+constexpr const char* print_formats[] = {" %3d", " %c", " %6d", " %6d", " %11d", " %10f", " %11lld", " %10f"};
+
 // --- products --------------------------------------------------------------------------------------------------------
 
 // The operands of one product d = a * b, of rows x inner and inner x cols scalars. Element (i, k) of a lies at
@@ -140,15 +233,14 @@ enum class sign { plus, minus };
 template <typename T>
 inline T multiply_add(T sum, T x, T y)
 {
-    using W = wide_t<T>;
-    return static_cast<T>(static_cast<W>(sum) + static_cast<W>(x) * static_cast<W>(y));
+    return static_cast<T>(widened(sum) + widened(x) * widened(y));
 }
 
 template <typename T>
 void set_row(T* __restrict d, T factor, const T* __restrict b, int cols)
 {
     for (int j = 0; j < cols; ++j)
-        d[j] = static_cast<T>(static_cast<wide_t<T>>(factor) * static_cast<wide_t<T>>(b[j]));
+        d[j] = static_cast<T>(widened(factor) * widened(b[j]));
 }
 
 template <typename T>
@@ -168,7 +260,7 @@ void accumulate_rows(const product& p, int first, sign s)
         const T* a = scalars<T>(p.a) + static_cast<ptrdiff_t>(i) * p.a_row;
         const T* b = scalars<T>(p.b);
         for (int k = 0; k < p.inner; ++k, a += p.a_inner, b += p.cols) {
-            const T factor = s == sign::plus ? *a : static_cast<T>(-static_cast<wide_t<T>>(*a));
+            const T factor = s == sign::plus ? *a : negated(*a);
             if (k < first)
                 set_row(d, factor, b, p.cols);
             else
@@ -223,6 +315,33 @@ inline product second_transposed(const zel_mat_t* a, const zel_mat_t* b, zel_mat
 // --- inverse ---------------------------------------------------------------------------------------------------------
 
 constexpr int max_inverse_rows = 40;
+
+// --- 3 x 3 -----------------------------------------------------------------------------------------------------------
+
+// In double, rounded once.
+inline float dot3(float a0, float b0, float a1, float b1, float a2, float b2)
+{
+    return static_cast<float>(static_cast<double>(a0) * static_cast<double>(b0) +
+                              static_cast<double>(a1) * static_cast<double>(b1) +
+                              static_cast<double>(a2) * static_cast<double>(b2));
+}
+
+inline float dot3(const float* x, const float* y)
+{
+    return dot3(x[0], y[0], x[1], y[1], x[2], y[2]);
+}
+
+// Column j of A times x.
+inline float column_dot3(float A[3][3], int j, const float* x)
+{
+    return dot3(A[0][j], x[0], A[1][j], x[1], A[2][j], x[2]);
+}
+
+inline float cross2(float a, float d, float b, float c)
+{
+    return static_cast<float>(static_cast<double>(a) * static_cast<double>(d) -
+                              static_cast<double>(b) * static_cast<double>(c));
+}
 
 }  // namespace
 
@@ -290,6 +409,90 @@ void zel_mat_setone(zel_mat_t* mat)
         const size_t count = count_scalars(mat);
         for (size_t t = 0; t < count; ++t)
             d[t] = T(1);
+    });
+}
+
+// --- element-wise arithmetic -----------------------------------------------------------------------------------------
+
+void zel_mat_neg(zel_mat_t* src, zel_mat_t* dst)
+{
+    const int depth = ZEL_MAT_DEPTH(src->type);
+    if (!has_layout(src, dst) || depth == ZEL_U08 || depth == ZEL_U16)
+        return;
+    by_depth(dst->type, [=](auto zero) {
+        using T = decltype(zero);
+        each_scalar(
+            count_scalars(dst), [](auto x) { return -x; }, scalars<T>(dst), scalars<T>(src));
+    });
+}
+
+void zel_mat_scale(void* pval, zel_mat_t* src, zel_mat_t* dst)
+{
+    if (!has_layout(src, dst))
+        return;
+    by_depth(dst->type, [=](auto zero) {
+        using T = decltype(zero);
+        const T value = *static_cast<const T*>(pval);
+        each_scalar(
+            count_scalars(dst), [=](T x) { return widened(x) * widened(value); }, scalars<T>(dst), scalars<T>(src));
+    });
+}
+
+// dst = f(src1, src2)
+template <typename F>
+static void combine(const zel_mat_t* src1, const zel_mat_t* src2, zel_mat_t* dst, F f)
+{
+    if (!has_layout(src1, src2) || !has_layout(src1, dst))
+        return;
+    by_depth(dst->type, [=](auto zero) {
+        using T = decltype(zero);
+        each_scalar(count_scalars(dst), f, scalars<T>(dst), scalars<T>(src1), scalars<T>(src2));
+    });
+}
+
+void zel_mat_add(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst)
+{
+    combine(src1, src2, dst, [](auto x, auto y) { return widened(x) + widened(y); });
+}
+
+void zel_mat_sub(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst)
+{
+    combine(src1, src2, dst, [](auto x, auto y) { return widened(x) - widened(y); });
+}
+
+// --- transpose -------------------------------------------------------------------------------------------------------
+
+void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst)
+{
+    if (src->type != dst->type || !has_shape(dst, src->cols, src->rows) || is_empty(src))
+        return;
+    switch (ZEL_ELEM_SIZE(src->type)) {
+    case 1:
+        return transpose_elements<1>(src, dst);
+    case 2:
+        return transpose_elements<2>(src, dst);
+    case 4:
+        return transpose_elements<4>(src, dst);
+    default:
+        return transpose_elements<8>(src, dst);
+    }
+}
+
+// --- printing --------------------------------------------------------------------------------------------------------
+
+void zel_mat_print(char* name, zel_mat_t* mat)
+{
+    if (name)
+        printf("%s=\n", name);
+    const char* format = print_formats[ZEL_MAT_DEPTH(mat->type)];
+    by_depth(mat->type, [=](auto zero) {
+        using T = decltype(zero);
+        const ptrdiff_t pitch = mat->step / ZEL_ELEM_SIZE(mat->type);
+        for (int i = 0; i < mat->rows; ++i) {
+            for (int j = 0; j < mat->cols; ++j)
+                printf(format, printed(scalars<T>(mat)[i * pitch + j]));
+            printf("\n");
+        }
     });
 }
 
@@ -407,4 +610,84 @@ int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst)
     if (src->type != ZEL_MAT_TYPE(ZEL_F32, 1) || src->rows != src->cols)
         return -1;
     return _matinv_nxn(src->rows, src->data.f, dst->data.f);
+}
+
+// --- 3 x 3 -----------------------------------------------------------------------------------------------------------
+
+void _matmult_3x3(float A[3][3], float B[3][3], float C[3][3])
+{
+    C[0][0] = column_dot3(B, 0, A[0]);
+    C[0][1] = column_dot3(B, 1, A[0]);
+    C[0][2] = column_dot3(B, 2, A[0]);
+    C[1][0] = column_dot3(B, 0, A[1]);
+    C[1][1] = column_dot3(B, 1, A[1]);
+    C[1][2] = column_dot3(B, 2, A[1]);
+    C[2][0] = column_dot3(B, 0, A[2]);
+    C[2][1] = column_dot3(B, 1, A[2]);
+    C[2][2] = column_dot3(B, 2, A[2]);
+}
+
+void _matmult_3x3t(float A[3][3], float B[3][3], float C[3][3])
+{
+    _matmult_3x3vec(B, A[0], C[0]);
+    _matmult_3x3vec(B, A[1], C[1]);
+    _matmult_3x3vec(B, A[2], C[2]);
+}
+
+void _matmult_3x3vec(float A[3][3], float* x, float* y)
+{
+    y[0] = dot3(A[0], x);
+    y[1] = dot3(A[1], x);
+    y[2] = dot3(A[2], x);
+}
+
+void _matmult_3x3tvec(float A[3][3], float* x, float* y)
+{
+    y[0] = column_dot3(A, 0, x);
+    y[1] = column_dot3(A, 1, x);
+    y[2] = column_dot3(A, 2, x);
+}
+
+void _matneg_3x3(float A[3][3])
+{
+    A[0][0] = -A[0][0];
+    A[0][1] = -A[0][1];
+    A[0][2] = -A[0][2];
+    A[1][0] = -A[1][0];
+    A[1][1] = -A[1][1];
+    A[1][2] = -A[1][2];
+    A[2][0] = -A[2][0];
+    A[2][1] = -A[2][1];
+    A[2][2] = -A[2][2];
+}
+
+float _matdet_3x3(float A[3][3])
+{
+    return A[0][0] * (A[1][1] * A[2][2] - A[1][2] * A[2][1]) - A[0][1] * (A[1][0] * A[2][2] - A[1][2] * A[2][0]) +
+           A[0][2] * (A[1][0] * A[2][1] - A[1][1] * A[2][0]);
+}
+
+void _vecoutp_3(float* x, float* y, float O[3][3])
+{
+    O[0][0] = x[0] * y[0];
+    O[0][1] = x[0] * y[1];
+    O[0][2] = x[0] * y[2];
+    O[1][0] = x[1] * y[0];
+    O[1][1] = x[1] * y[1];
+    O[1][2] = x[1] * y[2];
+    O[2][0] = x[2] * y[0];
+    O[2][1] = x[2] * y[1];
+    O[2][2] = x[2] * y[2];
+}
+
+void _veccrossp_3(float* x, float* y, float* z)
+{
+    z[0] = cross2(x[1], y[2], x[2], y[1]);
+    z[1] = cross2(x[2], y[0], x[0], y[2]);
+    z[2] = cross2(x[0], y[1], x[1], y[0]);
+}
+
+float _vecdotp_3(float* x, float* y)
+{
+    return dot3(x, y);
 }
