@@ -294,7 +294,8 @@ inline bool is_single_channel(const zel_mat_t* mat)
 
 inline void copy_data(const zel_mat_t* src, zel_mat_t* dst)
 {
-    memmove(dst->data.p, src->data.p, count_bytes(dst));  // the two may be one matrix
+    if (!is_empty(dst))
+        memmove(dst->data.p, src->data.p, count_bytes(dst));  // the two may be one matrix
 }
 
 inline product plain_product(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d)
@@ -367,7 +368,7 @@ zel_mat_t* zel_mat_create(int rows, int cols, int type)
     if (size < 0)
         return nullptr;
     auto* mat = static_cast<zel_mat_t*>(malloc(sizeof(zel_mat_t) + static_cast<size_t>(size)));
-    return zel_mat_initheader(mat, rows, cols, type, mat + 1);
+    return mat ? zel_mat_initheader(mat, rows, cols, type, mat + 1) : nullptr;
 }
 
 void zel_mat_release(zel_mat_t* mat)

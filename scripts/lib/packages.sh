@@ -1,0 +1,41 @@
+# shellcheck shell=sh
+# SPDX-License-Identifier: MIT
+#
+# Sourced by the scripts beside it. Needs nothing but a shell and Debian's own tools: it runs before all else.
+
+# need_packages NAME...: install the Debian packages that are missing, or say which they are and stop.
+need_packages() {
+    if ! command -v apt-get >/dev/null; then
+        echo "This is not a Debian system; going on with what there is in place of: $*" >&2
+        return
+    fi
+    missing=
+    for package in "$@"; do
+        state=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null) || state=
+        [ "$state" = installed ] || missing="$missing $package"
+    done
+    [ -n "$missing" ] || return 0
+
+    if [ "$(id -u)" -eq 0 ]; then
+        as_root=
+    elif may_sudo; then
+        as_root='sudo -n'
+    else
+        echo "These packages are missing, and only root may install them:" >&2
+        echo "    apt-get update && apt-get install --no-install-recommends$missing" >&2
+        exit 1
+    fi
+    echo "Installing:$missing" >&2
+    # shellcheck disable=SC2086  # both are lists of words
+    {
+        $as_root apt-get -q update >/dev/null
+        $as_root env DEBIAN_FRONTEND=noninteractive apt-get -qy -o DPkg::Lock::Timeout=120 \
+            install --no-install-recommends $missing >/dev/null
+    }
+}
+
+# True when sudo works without a question, or after one that somebody at a terminal can answer.
+may_sudo() {
+    command -v sudo >/dev/null || return 1
+    sudo -n true 2>/dev/null || { [ -t 0 ] && sudo -v; }
+}

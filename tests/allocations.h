@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// The library's allocations, counted and refused. What the tests allocate themselves, with new, is not seen.
+#ifndef ZEL_TESTS_ALLOCATIONS_H
+#define ZEL_TESTS_ALLOCATIONS_H
+
+#include <cstddef>
+
+namespace allocations {
+
+extern int live;               // blocks not yet freed
+extern std::size_t requested;  // bytes of the last request, granted or not
+extern int granted;            // so many requests succeed, the one behind them fails, and all after it succeed again
+
+constexpr int unlimited = -1;
+
+}  // namespace allocations
+
+#endif

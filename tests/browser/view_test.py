@@ -1,0 +1,218 @@
+# SPDX-License-Identifier: MIT
+#
+# The page of `zeltrack view` in a real browser: view_test.py ZELTRACK DIRECTORY. Pages and screenshots stay in the
+# directory, to be looked at. Keys, clicks and text are a user's; boxes and places are read from the script's variables.
+import pathlib
+import subprocess
+import sys
+import time
+import unittest
+import urllib.parse
+
+import webdriver
+
+SKIPPED = 77
+ARROW_RIGHT, ARROW_LEFT, HOME, END = "\ue014", "\ue012", "\ue011", "\ue010"
+
+zeltrack = None
+directory = None
+browser = None
+
+
+def synth(name, *options):
+    path = directory / name
+    subprocess.run([zeltrack, "synth", *options, "-o", path], check=True, stderr=subprocess.DEVNULL)
+    return path
+
+
+def view(detections, *options):
+    page = detections.with_suffix(".html")
+    subprocess.run([zeltrack, "view", "-q", detections.name, "-o", page.name, *options], check=True, cwd=directory)
+    return page
+
+
+def sample():
+    truth = directory / "sample-truth.txt"
+    detections = synth("sample.txt", "--objects=20", "--frames=300", "--seed=1", f"--gt={truth}")
+    return detections, view(detections, "--gt", truth.name)
+
+
+def open_page(page, fragment=""):
+    browser.open("about:blank")  # else a new fragment alone would not load anything
+    browser.open("file://" + urllib.parse.quote(str(page)) + fragment)
+    settle()
+
+
+def settle():
+    browser.run("return new Promise(done => requestAnimationFrame(() => requestAnimationFrame(() => done(0))))")
+
+
+def text(element):
+    return browser.run("return $(arguments[0]).innerText", element)
+
+
+def place(element):
+    script = "const r = $(arguments[0]).getBoundingClientRect(); return [r.x, r.y, r.width, r.height]"
+    return browser.run(script, element)
+
+
+def fragment():
+    return browser.run("return location.hash")
+
+
+class ViewTest(unittest.TestCase):
+    def tearDown(self):
+        self.assertEqual(browser.messages(), [], "the console must stay empty")
+
+    def expect_frame(self, number, of):
+        settle()
+        self.assertEqual(text("frame"), f"Frame {number:,} of {of:,}")
+
+    def test_steps_by_keyboard(self):
+        _, page = sample()
+        open_page(page)
+        self.expect_frame(1, 300)
+        right, left, end, home = (ARROW_RIGHT, False), (ARROW_LEFT, False), (END, False), (HOME, False)
+        ten = (ARROW_RIGHT, True)
+        for press, frame in [(right, 2), (ten, 12), (left, 11), (end, 300), (right, 300), (home, 1)]:
+            browser.key(*press)
+            self.expect_frame(frame, 300)
+        self.assertEqual(fragment(), "#frame=1")
+
+    def test_goes_from_event_to_event(self):
+        _, page = sample()
+        open_page(page, "#frame=100")
+        seen = []
+        for key, shift in [("m", False), ("m", True), ("b", False), ("e", False), ("b", True)]:
+            browser.key(key, shift)
+            settle()
+            seen.append(fragment())
+            self.assertIn({"m": "missed for the first time", "b": "started", "e": "removed"}[key], text("events"))
+        self.assertEqual(len(set(seen)), len(seen))
+
+    def test_plays_and_pauses(self):
+        _, page = sample()
+        open_page(page)
+        browser.key(" ")
+        for _ in range(50):
+            time.sleep(0.1)
+            if int(browser.run("return slider.value")) > 5:
+                break
+        else:
+            self.fail("nothing moves")
+        self.assertEqual(text("play"), "Pause")
+        browser.key(" ")
+        settle()
+        self.assertEqual(text("play"), "Play")
+        paused = text("frame")
+        time.sleep(0.2)
+        self.assertEqual(text("frame"), paused)
+
+    def test_click_on_a_life_selects_it(self):
+        _, page = sample()
+        open_page(page)
+        left, top, width, _ = place("rows")
+        browser.point(left + width / 2, top + 3 + 14 * 4 + 5, click=True)
+        settle()
+        self.assertIn("Track 5", text("inspector"))
+        self.assertIn("Innovation", text("inspector"))
+        self.assertRegex(fragment(), r"^#frame=1[45]\d&track=5$")
+        wanted = fragment()
+        open_page(page, wanted)
+        self.assertEqual(fragment(), wanted)
+        self.assertIn("Track 5", text("inspector"))
+
+    def test_tells_the_fate_under_the_pointer(self):
+        _, page = sample()
+        open_page(page, "#frame=60")
+        left, top, _, _ = place("scene")
+        x, y = browser.run("const i = D.start[60]; return [sx(D.x[i]), sy(D.y[i])]")
+        browser.point(left + x, top + y)
+        settle()
+        lines = [r"Detection \d+ · score 0\.\d\d", r".* px from track \d+ \(gate .* px\), overlap 0\.\d\d", r".*track"]
+        self.assertRegex(text("tip"), "\n".join(lines))
+        browser.key("d")
+        settle()
+        self.assertRegex(text("fate"), r"^(Took|Refused|Lost|Displaced|Too far|No track)")
+
+    def test_shows_the_boxes_of_the_command(self):
+        detections, page = sample()
+        open_page(page)
+        tracked = subprocess.run([zeltrack, "track", "-q", detections], check=True, stdout=subprocess.PIPE, text=True)
+        rows = [line.split(",") for line in tracked.stdout.splitlines()]
+        wanted = {(int(r[0]), int(r[1])): [float(v) for v in r[2:6]] for r in rows}
+        shown = browser.run("""
+            const rows = [];
+            for (let k = 0; k < L.birth.length; k++)
+              for (let i = L.conf[k]; i >= 0 && i < L.span[k]; i++) {
+                const r = L.first[k] + i, b = R.box, left = b.x[r] - b.w[r] / 2, top = b.y[r] - b.h[r] / 2;
+                if (R.det[r] >= 0) rows.push([L.birth[k] + i, L.id[k], left, top, b.w[r], b.h[r]]);
+              }
+            return rows;""")
+        self.assertEqual({(r[0], r[1]) for r in shown}, set(wanted))
+        worst = max(abs(a - b) for r in shown for a, b in zip(r[2:], wanted[r[0], r[1]]))
+        self.assertLess(worst, 0.5)
+
+    def test_zooms_and_hides_layers(self):
+        _, page = sample()
+        open_page(page)
+        before = browser.run("return view.zoom")
+        left, top, width, height = place("zoom-in")
+        browser.point(left + width / 2, top + height / 2, click=True)
+        self.assertGreater(browser.run("return view.zoom"), before)
+        browser.key("0")
+        self.assertEqual(browser.run("return view.zoom"), before)
+        browser.key("g")
+        self.assertFalse(browser.run("return $('show-gates').checked"))
+
+    def test_takes_screenshots_in_both_themes(self):
+        _, page = sample()
+        for theme in ("light", "dark"):
+            browser.theme(theme)
+            open_page(page, "#frame=160&track=12")
+            browser.screenshot(directory / f"viewer-{theme}.png")
+        browser.theme("light")
+
+    def test_the_network_is_out_of_reach(self):
+        _, page = sample()
+        open_page(page)
+        blocked = browser.run("""
+            return new Promise(done => {
+              addEventListener('securitypolicyviolation', e => done(e.violatedDirective));
+              fetch('http://127.0.0.1:9/').catch(() => 0);
+            })""")
+        self.assertEqual(blocked, "connect-src")
+        self.assertIn("Content Security Policy", browser.messages()[0])
+
+    def test_odd_sequences(self):
+        empty = directory / "empty.txt"
+        empty.write_text("")
+        single = directory / "single.txt"
+        single.write_text("1,-1,10,20,30,40,0.9\n")
+        hostile = directory / "<script>alert('x')<" "&.txt"
+        hostile.write_text("1,-1,10,20,30,40,0.9\n3,-1,11,20,30,40,0.9\n")
+        long = synth("long.txt", "--objects=10", "--frames=10000")
+        for path, frames in [(empty, 0), (single, 1), (hostile, 3), (long, 10000)]:
+            with self.subTest(path.name):
+                open_page(view(path))
+                self.assertEqual(text("name"), path.name)
+                self.assertIn(path.name.replace("'", "'\\''"), text("command"))
+                for key in (END, ARROW_LEFT, ARROW_RIGHT, "b", "d", "t", "\ue00c"):
+                    browser.key(key)
+                browser.key(END)
+                settle()
+                self.assertEqual(text("frame"), f"Frame {frames:,} of {frames:,}" if frames else "No frames")
+                left, top, width, _ = place("rows")
+                browser.point(left + width / 2, top + 8, click=True)
+                settle()
+                browser.screenshot(directory / f"odd-{frames}.png")
+
+
+if __name__ == "__main__":
+    zeltrack, directory = sys.argv[1], pathlib.Path(sys.argv[2]).resolve()
+    if not all(webdriver.installed()):
+        print("skipped: Debian's packages chromium and chromium-driver are not installed")
+        sys.exit(SKIPPED)
+    with webdriver.Browser(1280, 800) as browser:
+        done = unittest.main(argv=sys.argv[:1] + sys.argv[3:], exit=False, verbosity=2)
+    sys.exit(not done.result.wasSuccessful())

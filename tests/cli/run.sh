@@ -1,0 +1,302 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+#
+# Tests of the zeltrack command: run.sh GROUP PROGRAM [ARGUMENT...]. Tables stand in here-documents, one case a line, its
+# fields divided by "|"; \n and the like in them are escapes of printf %b. Every row begins with what it guards.
+# shellcheck disable=SC2086,SC2317  # options are split on purpose; the groups are called by name
+set -u
+group=$1
+shift
+program=$(for word; do printf "'%s' " "$word"; done)
+for last; do :; done
+binary=$last
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+failed=0
+
+zeltrack() { eval "$program \"\$@\""; }
+
+# check WHAT EXPECTED FOUND
+check() {
+    [ "$2" = "$3" ] && return
+    failed=1
+    printf '%s: %s\n--- expected\n%s\n--- found\n%s\n' "$group" "$1" "$2" "$3" >&2
+}
+
+# run ARGUMENT...: leaves standard output, standard error and the exit status in $out, $err and $status
+run() {
+    zeltrack "$@" >stdout 2>stderr
+    status=$?
+    out=$(cat stdout)
+    err=$(cat stderr)
+}
+
+# --- lines of a detection file ---------------------------------------------------------------------------------------
+
+refused_lines() {
+    while IFS='|' read -r name line options message; do
+        printf '1,-1,10,20,30,40,0.5,1,1\n%b' "$line" >in.txt
+        run track $options in.txt
+        check "$name" "1||zeltrack: in.txt:2: $message" "$status|$out|$err"
+    done <<'END'
+too few fields|2,-1,1,1,1,1||expected 7 fields or more, found 6
+other separators|2 -1 1 1 1 1 1||expected 7 fields or more, found 1
+too few fields for the class|2,-1,1,1,1,1,1|--class-column 8|expected 8 fields or more, found 7
+frame 0|0,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "0"
+frame below 0|-1,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "-1"
+half a frame|1.5,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "1.5"
+too many frames|10000001,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "10000001"
+frame beyond int|4294967297,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "4294967297"
+column titles|frame,id,left,top,width,height,conf||expected a frame number from 1 to 10000000, found "frame"
+empty field|2,-1,,1,1,1,1||expected a left edge from -1e9 to 1e9, found ""
+not a number|2,-1,nan,1,1,1,1||expected a left edge from -1e9 to 1e9, found "nan"
+infinite|2,-1,1,-inf,1,1,1||expected a top edge from -1e9 to 1e9, found "-inf"
+beyond float|2,-1,1,1,1e39,1,1||expected a width from -1e9 to 1e9, found "1e39"
+beyond double|2,-1,1,1,1,1e999,1||expected a height from -1e9 to 1e9, found "1e999"
+text behind a number|2,-1,1,1,1,1px,1||expected a height from -1e9 to 1e9, found "1px"
+two signs|2,-1,1,1,1,+-1,1||expected a height from -1e9 to 1e9, found "+-1"
+hexadecimal|2,-1,0x10,1,1,1,1||expected a left edge from -1e9 to 1e9, found "0x10"
+infinite confidence|2,-1,1,1,1,1,inf||expected a finite number as confidence, found "inf"
+class that ends the list|2,-1,1,1,1,1,1,0|--class-column 8|expected a class other than 0 (if classes count from 0: --class-base 0), found "0"
+class shifted to 0|2,-1,1,1,1,1,1,-1|--class-column 8 --class-base 0|expected a class other than -1 (if classes count from 1: --class-base 1), found "-1"
+half a class|2,-1,1,1,1,1,1,1,0.5|--class-column 9|expected a class as a whole number, found "0.5"
+control characters|\0033[2J\0200,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "\x1b[2J\x80"
+long text|2,-1,aaaaaaaaaabbbbbbbbbbccccccccccddddddddddeeeeeeeeee,1,1,1,1||expected a left edge from -1e9 to 1e9, found "aaaaaaaaaabbbbbbbbbbccccccccccdddddddddd..."
+END
+}
+
+accepted_lines() {
+    while IFS='|' read -r name lines options rows; do
+        printf '%b' "$lines" >in.txt
+        run track -q --stable 1 --scale 1 $options in.txt
+        check "$name" "0||$(printf '%b' "$rows" | sed '/./s/$/,-1,-1,-1/')" "$status|$err|$out"
+    done <<'END'
+nothing|||
+only blank lines|\n \n\r\n||
+no last newline|1,-1,10,20,30,40,0.5||1,1,10,20,30,40,0.5
+carriage returns|1,-1,10,20,30,40,0.5\r\n2,-1,10,20,30,40,0.5\r\n||1,1,10,20,30,40,0.5\n2,1,10,20,30,40,0.5
+blanks around numbers| 1 ,\t-1, 10,20 ,30\t, 40 , 0.5 ||1,1,10,20,30,40,0.5
+other spellings of numbers|1e+00,-1,+10,2e1,30.,040,5e-1||1,1,10,20,30,40,0.5
+columns beyond those read|1,x,10,20,30,40,0.5,nan,,?\n||1,1,10,20,30,40,0.5
+too small for a float|1,-1,10,20,30,40,1e-60\n||1,1,10,20,30,40,0
+unsorted, file order within a frame|2,-1,10,20,30,40,0.5\n1,-1,500,20,30,40,0.25\n1,-1,10,20,30,40,0.75||1,1,500,20,30,40,0.25\n1,2,10,20,30,40,0.75\n2,2,10,20,30,40,0.5
+an empty box|1,-1,10,20,0,0,0.5||1,1,10,20,0,0,0.5
+a negative width|1,-1,10,20,-4,40,0.5||1,1,10,20,-4,40,0.5
+largest coordinates|1,-1,-1e9,1e9,1e9,1e9,3e38||1,1,-1e+09,1e+09,1e+09,1e+09,3e+38
+below the least confidence|1,-1,10,20,30,40,0.5\n1,-1,90,20,30,40,0.25|--min-conf 0.5|1,1,10,20,30,40,0.5
+negative least confidence|1,-1,10,20,30,40,-0.5|--min-conf -1|1,1,10,20,30,40,-0.5
+classes from 0|1,-1,10,20,30,40,0.5,0|--class-column 8 --class-base 0|1,1,10,20,30,40,0.5
+END
+}
+
+hostile_files() {
+    head -c 100000000 /dev/zero | tr '\0' 'x' >garbage.txt
+    run track garbage.txt
+    check "100 MB without a newline" \
+        "1|zeltrack: garbage.txt:1: expected a line of at most 4095 characters, found \"$(printf '%040d' 0 | tr 0 x)...\"" \
+        "$status|$err"
+    rm garbage.txt
+    run track "$binary"
+    check "an executable" "1|1" "$status|$(wc -l <stderr | tr -d ' ')"
+    run track .
+    check "a directory" "1|zeltrack: .: Is a directory" "$status|$err"
+    run track none.txt
+    check "no such file" "1|zeltrack: none.txt: No such file or directory" "$status|$err"
+    run track "$(printf 'two\nlines')"
+    check "a name of two lines" "1|zeltrack: two\\x0alines: No such file or directory" "$status|$err"
+    printf 'x' | zeltrack track - 2>stderr
+    check "standard input named" "zeltrack: standard input:1: expected 7 fields or more, found 1" "$(cat stderr)"
+}
+
+lines() {
+    refused_lines
+    accepted_lines
+    hostile_files
+}
+
+# --- wrong usage -----------------------------------------------------------------------------------------------------
+
+usage() {
+    printf '1,-1,10,20,30,40,0.5\n' >in.txt
+    printf 'iou = 7\n' >range.toml
+    printf 'speed = 7\n' >unknown.toml
+    while IFS='|' read -r name arguments; do
+        run $arguments
+        check "$name" "2||1" "$status|$out|$(grep -c '^zeltrack: .* (see zeltrack .*--help)$' stderr)"
+    done <<'END'
+no command|
+unknown command|trak in.txt
+no file|track
+two files|track in.txt in.txt
+unknown option|track --fast in.txt
+option without a value|track in.txt --iou
+beyond a range|track --iou 1.5 in.txt
+not a number|track --euc nan in.txt
+fraction of a frame|track --stable 2.5 in.txt
+text behind a number|track --removal 10s in.txt
+beyond int|track --stable 99999999999 in.txt
+no scale|track --scale 0 in.txt
+neither a scale nor auto|track --scale automatic in.txt
+no capacity|track --max-objects 0 in.txt
+given twice|track --iou 0.1 --iou 0.2 in.txt
+no configuration|track --config none.toml in.txt
+range in a configuration|track --config range.toml in.txt
+unknown name in a configuration|track --config unknown.toml in.txt
+half a size|synth --size 640x
+no size|synth --size 0x480
+negative seed|synth --seed -1
+END
+    run track in.txt -o in.txt
+    check "input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
+    check "input kept" "1,-1,10,20,30,40,0.5" "$(cat in.txt)"
+    for command in "" track synth; do
+        run $command --help
+        check "help of '$command'" "0||1" "$status|$err|$(grep -c '^Exit status: 0' stdout)"
+    done
+}
+
+# --- results ---------------------------------------------------------------------------------------------------------
+
+tracking() {
+    # one object that steps 2 to the right a frame, missed in frames 4 to 7, and seen again where it was expected
+    for step in 1,10,0.8 2,12,0.9 3,14,0.7 8,16,0.6; do
+        echo "${step%,*},10,20,40,${step##*,}" | sed 's/,/,-1,/'
+    done >one.txt
+    sed 's/^\([0-9]*\),-1,\([0-9]*\),10,20,40/\1,-1,\20,100,200,400/' one.txt >tenfold.txt
+    printf '%s\n' 1,-1,0,0,40,40,1 2,-1,16,0,40,40,1 >square.txt
+    # two classes side by side, which then change places
+    printf '%s\n' 1,-1,10,10,20,40,1,1 1,-1,11,10,20,40,1,2 2,-1,10,10,20,40,1,2 2,-1,11,10,20,40,1,1 >classes.txt
+    while IFS='|' read -r name file options rows; do
+        run track -q --euc 0.5 $options $file
+        check "$name" "0||$(printf '%b' "$rows" | sed '/./s/$/,-1,-1,-1/')" "$status|$err|$out"
+    done <<'END'
+first row in the stable frame, its box unchanged|one.txt|--scale 1 --stable 2|2,1,12,10,20,40,0.9\n3,1,14,10,20,40,0.7\n8,1,16,10,20,40,0.6
+two rows without a detection|one.txt|--scale 1 --stable 2 --coasted|2,1,12,10,20,40,0.9\n3,1,14,10,20,40,0.7\n4,1,14,10,20,40,0.7\n5,1,14,10,20,40,0.7\n8,1,16,10,20,40,0.6
+missed for longer than allowed|one.txt|--scale 1 --stable 2 --removal 3|2,1,12,10,20,40,0.9\n3,1,14,10,20,40,0.7
+the gate in pixels|tenfold.txt|--scale 1 --stable 2|
+the gate in units|tenfold.txt|--scale 0.125 --stable 2|2,1,120,100,200,400,0.9\n3,1,140,100,200,400,0.7\n8,1,160,100,200,400,0.6
+the gate by the boxes|square.txt|--stable 2|2,1,16,0,40,40,1
+beyond the gate by the boxes|square.txt|--stable 2 --scale 1|
+overlap never enough|one.txt|--scale 1 --stable 2 --iou 1|
+frames with dropped detections only|one.txt|--scale 1 --stable 2 --min-conf 0.75 --coasted|2,1,12,10,20,40,0.9\n3,1,12,10,20,40,0.9\n4,1,12,10,20,40,0.9
+a full tracker|classes.txt|--scale 1 --stable 1 --max-objects 1|1,1,10,10,20,40,1\n2,1,10,10,20,40,1
+class kept apart|classes.txt|--scale 1 --stable 2 --class-column 8|2,1,11,10,20,40,1\n2,2,10,10,20,40,1
+class ignored|classes.txt|--scale 1 --stable 2 --class-column 8 --ignore-class|2,1,10,10,20,40,1\n2,2,11,10,20,40,1
+END
+    printf 'scale = 1\nstable = 2\neuc = 0.5\nremoval = 3\n' >options.toml
+    run track -q --config options.toml --removal 10 one.txt
+    check "the command line before a configuration" "2,1,12 3,1,14 8,1,16" "$(cut -d, -f1-3 stdout | tr '\n' ' ' | sed 's/ $//')"
+    # each seen once, so that the oldest of twelve lives just long enough to be beside the youngest
+    for n in 1 2 3 4 5 6 7 8 9 10 11 12; do echo "$n,-1,${n}00,0,10,10,1"; done >once.txt
+    run track -q -s 1 --scale 1 once.txt
+    check "the capacity of the file holds what is not seen, too" 12 "$(wc -l <stdout | tr -d ' ')"
+    for n in 10 20 30 40 50 60 70 80 90; do printf '%s\n' "2,-1,${n}1,0,1,1,1" "1,-1,${n}2,0,1,1,1"; done >mixed.txt
+    run track -q -s 1 --scale 1 mixed.txt
+    check "file order within a frame" "102 202 302 402 502 602 702 802 902" \
+        "$(grep '^1,' stdout | cut -d, -f3 | tr '\n' ' ' | sed 's/ $//')"
+    echo 10000000,-1,10,20,30,40,0.5 >last.txt
+    run track -q -s 1 last.txt --scale 1
+    check "the last frame there may be" "10000000,1,10,20,30,40,0.5,-1,-1,-1" "$out"
+}
+
+summary() {
+    printf '%s\n' 1,-1,0,0,40,40,1 2,-1,30,0,40,40,1 3,-1,60,0,40,40,1 3,-1,60,0,40,40,0.1 >steps.txt
+    while IFS='|' read -r name options line; do
+        run track --iou 0 $options steps.txt
+        check "$name" "0|1" "$status|$(grep -cxF -- "$line" stderr)"
+    done <<'END'
+empty frames and all||frames       3
+dropped detections|--min-conf 0.5|detections   3 (1 more below --min-conf)
+rows|--scale 0.1 --stable 1|rows         4
+identifiers|--scale 0.1 --stable 1|identifiers  2
+share of detections|--scale 0.1|in a track   25 % of the detections, reported under an identifier
+gate of half the median box||gate         20 pixels (scale 0.5, auto)
+gate of a given scale|--scale 0.25|gate         40 pixels (scale 0.25)
+capacity reached|--stable 1 --max-objects 1|capacity     1 (reached in 3 frames or more; 4 is enough for certain)
+capacity not reached|--max-objects 3|capacity     3 (4 is enough for certain)
+objects outrun the gate||zeltrack: warning: 100 % of the detections had nothing of the frame before within the gate; try --scale 0.17
+END
+    run track --iou 0 --scale 0.1 steps.txt
+    check "no warning within the gate" "0" "$(grep -c warning stderr)"
+    check "no word on a capacity that suffices" "0" "$(grep -c capacity stderr)"
+}
+
+# --- output files ----------------------------------------------------------------------------------------------------
+
+output() {
+    umask 022
+    row=1,1,10,20,30,40,0.5,-1,-1,-1
+    printf '1,-1,10,20,30,40,0.5\n' >in.txt
+    printf '1,-1,10,20,30,40,0.5\n1,-1\n' >bad.txt
+    track='track -q -s 1 --scale 1'
+    run $track in.txt -o new.txt
+    check "a new file" "0|$row|644" "$status|$(cat new.txt)|$(stat -c %a new.txt)"
+    echo old >old.txt && chmod 600 old.txt
+    run $track bad.txt -o old.txt
+    check "bad input leaves the old file" "1|old" "$status|$(cat old.txt)"
+    run $track in.txt -o old.txt
+    check "an old file is replaced, its mode kept" "0|$row|600" "$status|$(cat old.txt)|$(stat -c %a old.txt)"
+    mkdir there && echo old >there/target && ln -s there/target link
+    run $track in.txt -o link
+    check "a link stays a link" "0|there/target|$row" "$status|$(readlink link)|$(cat there/target)"
+    run $track in.txt -o there
+    check "a directory" "1|zeltrack: there: Is a directory" "$status|$err"
+    run $track in.txt -o there/none/x
+    check "no such directory" "1|zeltrack: there/none/x: No such file or directory" "$status|$err"
+    mkfifo pipe && cat pipe >piped.txt &
+    while [ ! -p pipe ]; do sleep 0.1; done
+    run $track in.txt -o pipe
+    wait
+    check "a named pipe stays one" "0|$row" "$status|$(cat piped.txt)"
+    [ -p pipe ] || return 1  # and devices were replaced, too
+    run $track in.txt -o /dev/full
+    check "a full device" "1|zeltrack: /dev/full: No space left on device" "$status|$err"
+    (ulimit -f 1 && zeltrack synth -o large.txt 2>/dev/null)
+    check "a limited size" "1|" "$?|$(find . -name large.txt)"
+    check "standard input to standard output" "$row" "$(zeltrack $track - <in.txt)"
+    zeltrack $track in.txt >/dev/full 2>stderr
+    check "standard output full" "1|zeltrack: standard output: No space left on device" "$?|$(cat stderr)"
+    zeltrack $track in.txt >&- 2>stderr
+    check "standard output closed" "1|zeltrack: standard output: Bad file descriptor" "$?|$(cat stderr)"
+    zeltrack track -s 1 --scale 1 in.txt -o closed.txt 2>&-
+    check "standard error closed" "0|$row" "$?|$(cat closed.txt)"
+    { zeltrack synth 2>stderr; echo $? >status; } | sed 1q >first
+    check "a closed pipe" "1|zeltrack: standard output: Broken pipe" "$(cat status)|$(cat stderr)"
+    interrupted
+    check "no temporary file is left" "" "$(find . -name '.zeltrack*')"
+}
+
+# A long run that is ended while its output grows.
+interrupted() {
+    eval "exec $program synth --objects 100 --frames 10000000 -o long.txt" &
+    while kill -0 $! && [ -z "$(find . -name '.zeltrack*' -size +0)" ]; do sleep 0.1; done
+    kill -TERM $!
+    wait $! 2>stderr
+    check "ended by a signal" "143|" "$?|$(find . -name long.txt)"
+}
+
+# --- invented sequences ----------------------------------------------------------------------------------------------
+
+synth() {
+    run synth --objects 5 --frames 400 --size 640x480 --seed 7 --gt truth.txt
+    cp stdout first.txt
+    check "the same on every machine" "178677811 188462" "$(cat stdout truth.txt | cksum)"
+    check "all objects in every frame" "400 frames of 5" \
+        "$(cut -d, -f1 truth.txt | uniq -c | awk '{ n += $1 == 5 } END { print n " frames of 5" }')"
+    check "objects leave and others enter" yes "$(cut -d, -f2 truth.txt | sort -n | tail -1 | awk '$1 > 5 { print "yes" }')"
+    check "nearly a tenth is missed" yes "$(wc -l <stdout | awk '1750 < $1 && $1 < 1850 { print "yes" }')"
+    run synth --objects 5 --frames 400 --size 640x480 --seed 8
+    check "another seed" differs "$(cmp -s stdout first.txt || echo differs)"
+    run synth --miss 0 --noise 0 --frames 20 --gt truth.txt
+    check "a perfect detector" "" "$(cut -d, -f1,3-6 truth.txt | sort >a; cut -d, -f1,3-6 stdout | sort | diff a - | head -3)"
+    run synth --miss 1 --gt truth.txt
+    check "a blind detector" "0|6000" "$(wc -l <stdout | tr -d ' ')|$(wc -l <truth.txt | tr -d ' ')"
+    run synth --gt same.txt -o ./same.txt
+    check "truth and detections in one file" 2 "$status"
+    zeltrack synth --objects 3 --frames 60 --seed 3 --gt truth.txt | zeltrack track -q - | cut -d, -f2 | sort -u >found
+    check "every object found, under one identifier" "$(cut -d, -f2 truth.txt | sort -u | wc -l)" "$(wc -l <found)"
+}
+
+"$group" || failed=1
+exit $failed

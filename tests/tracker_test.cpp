@@ -1,0 +1,552 @@
+// SPDX-License-Identifier: MIT
+//
+// The tracker, its unit included for its records. Coordinates are mostly small whole numbers, so that distances and
+// overlaps are exact and ties are real.
+#include "zel_tracker.cpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "allocations.h"
+#include "gtest/gtest.h"
+
+namespace {
+
+constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
+constexpr float inf_f = std::numeric_limits<float>::infinity();
+
+// --- frames ----------------------------------------------------------------------------------------------------------
+
+using input_row = std::array<float, 6>;
+using output_row = std::array<float, 8>;
+
+// Centre box, as the tracker has it inside.
+struct box {
+    float x, y = 0, w = 9, h = 9, c = 1;
+
+    input_row row() const { return {c, x - w / 2, y - h / 2, x + w / 2, y + h / 2, 0.5F}; }
+};
+
+std::vector<input_row> rows_of(const std::vector<box>& boxes)
+{
+    std::vector<input_row> input(boxes.size());
+    std::transform(boxes.begin(), boxes.end(), input.begin(), [](const box& b) { return b.row(); });
+    return input;
+}
+
+template <size_t n>
+float (*pointer(std::vector<std::array<float, n>>& rows))[n]
+{
+    return reinterpret_cast<float(*)[n]>(rows.data());
+}
+
+// A handle that is given frames and checked after each of them.
+struct tracked {
+    tracked(int capacity, int stable, int removal, float euc = 0.5F, float iou = 0.3F, int ignore_class = 0)
+        : handle(
+              static_cast<tracker_t*>(zel_tracker_create(640, 480, capacity, euc, iou, stable, removal, ignore_class)))
+    {
+    }
+    ~tracked() { zel_tracker_release(handle); }
+    tracked(const tracked&) = delete;
+    tracked& operator=(const tracked&) = delete;
+    tracker_t* operator->() { return handle; }
+
+    // A full input has no terminating row, so that a sanitizer sees a row read too many.
+    void terminate(std::vector<input_row>& input)
+    {
+        if (input.size() < static_cast<size_t>(handle->nmaxobjs))
+            input.push_back({});
+    }
+    // Returns the reported rows.
+    std::vector<output_row> frame(std::vector<input_row> input)
+    {
+        terminate(input);
+        output_row untouched;
+        untouched.fill(12345);
+        std::vector<output_row> output(static_cast<size_t>(handle->nmaxobjs), untouched);
+        zel_tracker_process(handle, pointer(input), pointer(output));
+        EXPECT_EQ(static_cast<size_t>(handle->track_count), tracks().size());
+        for (const trk_obj_t* obj : tracks())
+            EXPECT_TRUE((obj->id >= 0) == (obj->kalman != nullptr) && (obj->id >= 0) == (obj->obv != nullptr));
+        const auto end = std::find_if(output.begin(), output.end(), [](const output_row& row) { return row[0] == -1; });
+        for (auto row = end; row != output.end(); ++row) {
+            EXPECT_TRUE(row == end || (*row)[0] == untouched[0]);
+            EXPECT_TRUE(std::equal(row->begin() + 1, row->end(), untouched.begin() + 1));
+        }
+        output.erase(end, output.end());
+        return output;
+    }
+    std::vector<output_row> frame(const std::vector<box>& boxes) { return frame(rows_of(boxes)); }
+    std::vector<output_row> frame() { return frame(std::vector<input_row>()); }
+    // Intake and association alone.
+    void associate(std::vector<input_row> input)
+    {
+        terminate(input);
+        tracker_extract(handle, pointer(input));
+        tracker_match(handle);
+    }
+    std::vector<trk_obj_t*> tracks()
+    {
+        std::vector<trk_obj_t*> all;
+        for (list_head* node = handle->track_list.next; node != &handle->track_list; node = node->next)
+            all.push_back(reinterpret_cast<trk_obj_t*>(node));
+        return all;
+    }
+
+    tracker_t* handle;
+};
+
+// --- the handle ------------------------------------------------------------------------------------------------------
+
+struct params_case {
+    const char* name;
+    float euc, iou;
+    int stable, removal;
+    float euc_stored, iou_stored;
+    int stable_stored, removal_stored;
+};
+
+const params_case params[] = {
+    {"inside the limits", 0.25F, 0.75F, 3, 10, 0.25F, 0.75F, 3, 10},
+    {"at the limits", 0, 1, 1, 1, 0, 1, 1, 1},
+    {"beyond the limits", 2.5F, -0.2F, 0, -3, 1, 0, 1, 1},
+    {"not numbers", nan_f, nan_f, INT_MIN, INT_MAX, 1, 1, 1, INT_MAX},
+};
+
+TEST(Handle, StartsEmptyWithItsParametersClamped)
+{
+    for (const params_case& p : params) {
+        SCOPED_TRACE(p.name);
+        tracked t(4, p.stable, p.removal, p.euc, p.iou, 7);
+        EXPECT_TRUE(t->euc_thresh == p.euc_stored && t->iou_thresh == p.iou_stored);
+        EXPECT_TRUE(t->fcnt_stable == p.stable_stored && t->fcnt_removal == p.removal_stored);
+        EXPECT_TRUE(t->tid == 1 && t->track_count == 0 && t.tracks().empty() && t->ignore_class == 7);
+        EXPECT_TRUE(t->im_w == 640 && t->im_h == 480 && t->nmaxobjs == 4);
+        zel_tracker_set_params(t.handle, 2.5F, -0.2F, 6, -3, 2);  // stored as they are
+        EXPECT_TRUE(t->euc_thresh == 2.5F && t->iou_thresh == -0.2F && t->fcnt_stable == 6);
+        EXPECT_TRUE(t->fcnt_removal == -3 && t->ignore_class == 2);
+    }
+}
+
+TEST(Handle, OfNoCapacityWorksAndOfNegativeIsRefused)
+{
+    EXPECT_EQ(zel_tracker_create(1, 1, -1, 0, 0, 1, 1, 0), nullptr);
+    zel_tracker_release(nullptr);
+    tracked t(0, 1, 1);
+    float input[1][6] = {{1}};
+    float output[1][8] = {{7}};
+    zel_tracker_process(t.handle, input, output);
+    EXPECT_TRUE(t->track_count == 0 && output[0][0] == 7);
+}
+
+TEST(Handle, IsNotMadeWhenAnyAllocationFails)
+{
+    const int live = allocations::live;
+    void* handle = nullptr;
+    int granted = 0;
+    for (; !handle; ++granted) {
+        allocations::granted = granted;
+        handle = zel_tracker_create(1, 1, 4, 0, 0, 1, 1, 0);
+        EXPECT_EQ(allocations::live, handle ? live + granted : live);
+    }
+    EXPECT_GT(granted, 8);  // at least the handle, three arrays and four matrices
+    allocations::granted = allocations::unlimited;
+    zel_tracker_release(handle);
+    EXPECT_EQ(allocations::live, live);
+}
+
+// --- intake ----------------------------------------------------------------------------------------------------------
+
+TEST(Intake, CutsClassesAsTheTargetDoes)
+{
+    const std::vector<float> classes = {2.7F,   -1.5F,         0.4F,          -0.4F,          nan_f, inf_f,
+                                        -inf_f, 2147483648.0F, 2147483520.0F, -2147483648.0F, -3e9F};
+    const int cut[] = {2, -1, 0, 0, 0, INT_MAX, INT_MIN, INT_MAX, 2147483520, INT_MIN, INT_MIN};
+    std::vector<input_row> input(classes.size());
+    for (size_t n = 0; n < classes.size(); ++n)
+        input[n][0] = classes[n];
+    tracked t(20, 1, 1);
+    t.associate(input);
+    ASSERT_EQ(t->ncurobjs, static_cast<int>(classes.size()));
+    for (size_t n = 0; n < classes.size(); ++n)
+        EXPECT_EQ(t->cur_obj[n].c, cut[n]) << classes[n];
+}
+
+TEST(Intake, TurnsCornersIntoCentresUpToTheFirstRowOfClassZero)
+{
+    tracked t(4, 1, 1);
+    t.associate({{1, 10, 20, 30, 60, 0.9F}, {2, 30, 60, 10, 20, -1}, {-0.0F, 1, 1, 2, 2, 1}, {1, 1, 1, 2, 2, 1}});
+    ASSERT_EQ(t->ncurobjs, 2);
+    const det_obj_t& a = t->cur_obj[0];
+    EXPECT_TRUE(a.c == 1 && a.x == 20 && a.y == 40 && a.w == 20 && a.h == 40 && a.s == 0.9F);
+    const det_obj_t& b = t->cur_obj[1];  // corners the other way round are carried
+    EXPECT_TRUE(b.c == 2 && b.x == 20 && b.y == 40 && b.w == -20 && b.h == -40 && b.s == -1);
+    t.associate({{1}, {1}, {1}, {1}});
+    EXPECT_EQ(t->ncurobjs, 4);
+}
+
+// --- association -----------------------------------------------------------------------------------------------------
+
+struct match_case {
+    const char* name;
+    float euc, iou;
+    int ignore_class;
+    std::vector<box> tracks, detections;
+    std::vector<int> matched;  // by each detection: the track, -1 for none
+    std::vector<float> scores;
+};
+
+const float third = 2.0F / 6;
+
+const match_case matches[] = {
+    {"nearest centre", 0, 0, 0, {{-3}, {2}}, {{0}}, {1}, {4}},
+    {"both axes count", 0, 0, 0, {{0, 4}, {3, 1}}, {{0}}, {1}, {10}},
+    {"equal distances: the older track", 0, 0, 0, {{-3}, {3}}, {{0}}, {0}, {9}},
+    {"just inside the gate", 0, 0, 0, {{0, 0, 40, 40}}, {{7, 7, 40, 40}}, {0}, {98}},
+    {"on the gate", 0, 0, 0, {{0, 0, 40, 40}}, {{6, 8, 40, 40}}, {-1}, {100}},
+    {"beyond the gate", 1, 0, 0, {{0, 0, 40, 40}}, {{9, 9, 40, 40}}, {-1}, {100}},
+    {"another class is nearer", 0, 0, 0, {{0, 0, 9, 9, 2}, {5}}, {{1}}, {1}, {16}},
+    {"classes ignored", 0, 0, -1, {{0, 0, 9, 9, 2}, {5}}, {{1}}, {0}, {1}},
+    {"displaced by a nearer one, no second try", 0, 0, 0, {{0}, {5}}, {{2}, {1}}, {-1, 0}, {0, 1}},
+    {"equal distances: the earlier detection", 0, 0, 0, {{0}}, {{2}, {-2}}, {0, -1}, {4, 0}},
+    {"displaced twice", 0, 0, 0, {{0}}, {{3}, {2}, {1}}, {-1, -1, 0}, {0, 0, 1}},
+    {"no overlap, no displacing", 0, 0.1F, 0, {{0}}, {{3}, {1, 0, 1, 1}, {2}}, {-1, -1, 0}, {0, 0, 4}},
+    {"at the near distance none is needed", 0.25F, 0.9F, 0, {{0, 0, 0, 0}}, {{0.5F, 0, 0, 0}}, {0}, {0.25F}},
+    {"beyond it it is", 0.125F, 0, 0, {{0, 0, 0.25F}}, {{0.5F, 0, 0.25F}}, {-1}, {0}},
+    {"overlap must exceed the threshold", 0, third, 0, {{0, 0, 2, 2}}, {{1, 0, 2, 2}}, {-1}, {0}},
+    {"overlap just above it", 0, third - 1e-7F, 0, {{0, 0, 2, 2}}, {{1, 0, 2, 2}}, {0}, {1}},
+    {"an edge is no overlap", 0, 0, 0, {{0, 0, 2, 2}}, {{2, 0, 2, 2}}, {-1}, {0}},
+    {"threshold one refuses full overlap", 1, 1, 0, {{0}}, {{0}}, {-1}, {0}},
+    {"not finite, no candidate", 1, 0, 0, {{0}}, {{nan_f}, {1, inf_f}}, {-1, -1}, {100, 100}},
+    {"no tracks", 0, 0, 0, {}, {{0}}, {-1}, {100}},
+};
+
+TEST(Association, MeasuresOverlap)
+{
+    const float at_origin[4] = {0, 0, 2, 2};
+    const std::pair<std::array<float, 4>, float> others[] = {{{1, 0, 2, 2}, 2}, {{0, -1, 2, 2}, 2}, {{0, 0, 1, 4}, 2},
+                                                             {{2, 0, 2, 2}, 0}, {{0, -3, 2, 2}, 0}, {{-3, 0, 2, 2}, 0},
+                                                             {{9, 9, 2, 2}, 0}};
+    for (const auto& [other, shared] : others) {
+        EXPECT_EQ(box_intersection(at_origin, other.data()), shared) << other[0] << ", " << other[1];
+        EXPECT_EQ(box_iou(at_origin, other.data()), shared / (4 + other[2] * other[3] - shared));
+    }
+}
+
+// Which track each detection has, -1 for none, seen from both sides.
+void expect_matches(tracked& t, const std::vector<int>& matched, const std::vector<float>& scores)
+{
+    const auto tracks = t.tracks();
+    std::vector<int> match_idx(tracks.size(), -1);
+    ASSERT_EQ(static_cast<size_t>(t->ncurobjs), matched.size());
+    for (size_t n = 0; n < matched.size(); ++n) {
+        const size_t track = static_cast<size_t>(matched[n]);
+        ASSERT_EQ(t->match_obj[n], matched[n] < 0 ? nullptr : tracks[track]) << n;
+        ASSERT_EQ(t->match_score[n], scores[n]) << n;
+        if (matched[n] >= 0)
+            match_idx[track] = static_cast<int>(n);
+    }
+    for (size_t i = 0; i < tracks.size(); ++i)
+        ASSERT_EQ(tracks[i]->match_idx, match_idx[i]) << i;
+}
+
+TEST(Association, FollowsItsRules)
+{
+    for (const match_case& c : matches) {
+        SCOPED_TRACE(c.name);
+        tracked t(8, 9, 9, c.euc, c.iou, c.ignore_class);
+        t.frame(c.tracks);
+        t.associate(rows_of(c.detections));
+        EXPECT_EQ(t.tracks().size(), c.tracks.size());
+        expect_matches(t, c.matched, c.scores);
+    }
+}
+
+// The rule once more, told in one piece and over all pairs. Returns the number of matches.
+long expect_plain_rule(tracked& t)
+{
+    const auto tracks = t.tracks();
+    std::vector<int> holder(tracks.size(), -1), matched;
+    std::vector<float> scores;
+    for (int n = 0; n < t->ncurobjs; ++n) {
+        const det_obj_t& det = t->cur_obj[n];
+        float mind = 100;
+        int nearest = -1;
+        for (size_t i = 0; i < tracks.size(); ++i) {
+            const float dx = tracks[i]->pr_x - det.x, dy = tracks[i]->pr_y - det.y;
+            if ((t->ignore_class || tracks[i]->c == det.c) && dx * dx + dy * dy < mind) {
+                mind = dx * dx + dy * dy;
+                nearest = static_cast<int>(i);
+            }
+        }
+        matched.push_back(nearest);
+        scores.push_back(mind);
+        if (nearest < 0)
+            continue;
+        const trk_obj_t& obj = *tracks[static_cast<size_t>(nearest)];
+        const float a[] = {obj.pr_x, obj.pr_y, obj.pr_w, obj.pr_h}, b[] = {det.x, det.y, det.w, det.h};
+        int& holds = holder[static_cast<size_t>(nearest)];
+        int loser = n;
+        if ((mind <= t->euc_thresh ? 1 : box_iou(a, b)) > t->iou_thresh &&
+            (holds < 0 || scores[static_cast<size_t>(holds)] > mind))
+            std::swap(holds, loser);
+        if (loser >= 0) {
+            matched[static_cast<size_t>(loser)] = -1;
+            scores[static_cast<size_t>(loser)] = 0;
+        }
+    }
+    expect_matches(t, matched, scores);
+    return std::count_if(matched.begin(), matched.end(), [](int m) { return m >= 0; });
+}
+
+std::vector<input_row> random_frame(std::mt19937& bits, size_t count, unsigned spread)
+{
+    const auto pick = [&](unsigned n) { return static_cast<float>(bits() % n); };
+    std::vector<input_row> frame;
+    while (frame.size() < count) {
+        box b = {pick(spread), pick(spread), 2 * pick(8), 2 * pick(8), 1 + pick(3)};
+        if (bits() % 50 == 0)
+            (bits() % 2 ? b.x : b.y) = bits() % 2 ? nan_f : 3e37F;
+        frame.push_back(b.row());
+    }
+    return frame;
+}
+
+// Whole numbers in a crowded square: most detections have ties, rivals or a track of another class nearer.
+TEST(Association, EqualsThePlainRuleOnCrowdedFrames)
+{
+    const size_t counts[] = {0, 1, 2, 3, 15, 16, 17, 31, 32, 33, 48, 63, 64, 65, 127, 128, 129, 191, 192, 193, 200};
+    std::mt19937 bits(1);
+    long matched = 0;
+    for (const size_t count : counts) {
+        for (unsigned trial = 0; trial < 12; ++trial) {
+            SCOPED_TRACE(testing::Message() << count << " tracks, trial " << trial);
+            const unsigned spread = trial % 3 == 0 ? 12 : trial % 3 == 1 ? 40 : 120;
+            tracked t(200, trial % 4 ? 1 : 9, 9, trial % 2 ? 1.0F : 0.0F, 0.1F * static_cast<float>(trial % 3),
+                      trial % 5 == 0);
+            t.frame(random_frame(bits, count, spread));
+            for (trk_obj_t* obj : t.tracks())
+                for (const int previous : {2, 3, 6, 7})  // a confirmed track moves and grows
+                    if (obj->kalman)
+                        obj->kalman->x_post->data.f[previous] -= static_cast<float>(bits() % 5) - 2;
+            t.associate(random_frame(bits, 1 + bits() % 200, spread));
+            EXPECT_EQ(t.tracks().size(), count);
+            matched += expect_plain_rule(t);
+        }
+    }
+    EXPECT_GT(matched, 4000);
+}
+
+// --- life cycle ------------------------------------------------------------------------------------------------------
+
+// One object standing still: d is a frame with its detection, . a frame without, a digit sets fcnt_stable between two
+// frames. After each frame: the identifier reported and the number of tracks alive.
+struct life_case {
+    const char* name;
+    int stable, removal;
+    const char *frames, *reported, *alive;
+};
+
+const life_case lives[] = {
+    {"reported in the frame of its birth", 1, 10, "dd", "11", "11"},
+    {"reported on the third match", 3, 10, "ddd", "--1", "111"},
+    {"unseen for two frames is shown", 3, 10, "ddd...d", "--111-1", "1111111"},
+    {"unseen for ten frames keeps its identifier", 1, 10, "d..........d", "111--------1", "111111111111"},
+    {"unseen for eleven starts anew", 1, 10, "d...........d", "111---------2", "1111111111101"},
+    {"second miss with removal one", 3, 1, "ddd..ddd", "--11---2", "11110111"},
+    {"misses must be consecutive", 1, 2, "d..d..d...d", "111111111-2", "11111111101"},
+    {"tentative: three misses keep its matches", 4, 10, "dd...dd", "------1", "1111111"},
+    {"tentative: four misses forget its matches", 5, 10, "dd....ddddd", "----------1", "11111111111"},
+    {"tentative: five misses forget, too", 2, 10, "d.....dd", "-------1", "11111111"},
+    {"tentative: gone at the sixth miss", 5, 10, "dd......d", "---------", "111111101"},
+    {"tentative: gone sooner with a small removal", 5, 2, "d...", "----", "1110"},
+    {"a lower threshold confirms at the next match", 9, 10, "ddd2d", "---1", "1111"},
+    {"a lower threshold waits for a match", 9, 10, "ddd2.d", "----1", "11111"},
+    {"a higher threshold takes no identifier back", 2, 10, "dd5ddddd", "-111111", "1111111"},
+    {"lowered to one and raised", 3, 3, "d1d9dd....d2d", "-11111---2", "1111111011"},
+};
+
+TEST(Life, OfOneObject)
+{
+    for (const life_case& life : lives) {
+        SCOPED_TRACE(life.name);
+        tracked t(4, life.stable, life.removal);
+        std::string reported, alive;
+        for (const char* frame = life.frames; *frame; ++frame) {
+            if (*frame >= '0' && *frame <= '9') {
+                zel_tracker_set_params(t.handle, 0.5F, 0.3F, *frame - '0', life.removal, 0);
+                continue;
+            }
+            const bool seen = *frame == 'd';
+            const auto rows = seen ? t.frame({box{20}}) : t.frame();
+            reported += rows.empty() ? '-' : static_cast<char>('0' + static_cast<int>(rows[0][0]));
+            alive += static_cast<char>('0' + t->track_count);
+            for (const output_row& row : rows)
+                EXPECT_EQ(row[7], seen ? 0 : -1);
+        }
+        EXPECT_EQ(reported, life.reported);
+        EXPECT_EQ(alive, life.alive);
+    }
+}
+
+TEST(Life, OfAWorkedSequence)
+{
+    tracked t(4, 2, 10);
+    EXPECT_TRUE(t.frame({{1, 10, 10, 30, 50, 0.9F}}).empty());
+    EXPECT_TRUE(t.tracks()[0]->match_count == 1 && t.tracks()[0]->id == -1);
+    EXPECT_EQ(t.frame({{1, 12, 10, 32, 50, 0.8F}}), (std::vector<output_row>{{1, 1, 12, 10, 32, 50, 0.8F, 0}}));
+    const trk_obj_t* obj = t.tracks()[0];
+    const float* x_post = obj->kalman->x_post->data.f;
+    EXPECT_EQ(std::vector<float>(x_post, x_post + 8), (std::vector<float>{22, 30, 20, 30, 20, 40, 20, 40}));
+    const auto rows = t.frame({{1, 14, 10, 34, 50, 0.85F}});
+    EXPECT_TRUE(obj->pr_x == 24 && obj->pr_y == 30 && obj->pr_w == 20 && obj->pr_h == 40);
+    ASSERT_EQ(rows.size(), 1U);
+    const output_row expected = {1, 1, 14, 10, 34, 50, 0.85F, 0};
+    for (size_t i = 0; i < 8; ++i)
+        EXPECT_NEAR(rows[0][i], expected[i], 1e-4F) << i;
+}
+
+// Each step is too far from the last box, but not from the predicted one.
+TEST(Life, OfAMovingTrackGoesByItsPredictedBox)
+{
+    for (const auto& [dx, dy] : {std::pair{1, 0}, {0, 1}, {-1, 0}, {0, -1}}) {
+        tracked t(2, 2, 9, 0, 0.1F);
+        for (const int step : {0, 9, 20, 31, 41}) {
+            const auto rows = t.frame({box{static_cast<float>(step * dx), static_cast<float>(step * dy), 12, 12}});
+            EXPECT_EQ(t->track_count, 1) << step;
+            EXPECT_EQ(rows.size(), step > 0 ? 1U : 0U);
+        }
+    }
+}
+
+// One coordinate of the motion model in double precision: its value and the one of the frame before.
+struct coordinate {
+    double x[2], P[2][2] = {{1, 0}, {0, 1}};
+
+    double predicted() const { return 2 * x[0] - x[1]; }
+    void correct(double z)
+    {
+        const double a = 4 * P[0][0] - 2 * P[0][1] - 2 * P[1][0] + P[1][1] + 0.1;  // A P A' + Q, A = [2 -1; 1 0]
+        const double b = 2 * P[0][0] - P[0][1];
+        const double d = P[0][0] + 0.1;
+        const double innovation = z - predicted();
+        const double before = x[0];
+        x[0] = predicted() + a / (a + 1) * innovation;
+        x[1] = before + b / (a + 1) * innovation;
+        P[0][0] = a / (a + 1);
+        P[0][1] = P[1][0] = b / (a + 1);
+        P[1][1] = d - b * b / (a + 1);
+    }
+};
+
+TEST(Life, OfAConfirmedTrackFollowsTheMotionModel)
+{
+    std::mt19937 bits(2);
+    const auto shake = [&] { return static_cast<float>(bits() % 100) / 25 - 2; };
+    tracked t(1, 2, 10);
+    t.frame({box{100, 200, 50, 80}});
+    t.frame({box{102, 201, 49, 82}});
+    coordinate model[4] = {{{102, 100}}, {{201, 200}}, {{49, 50}}, {{82, 80}}};
+    const trk_obj_t* obj = t.tracks()[0];
+    for (int n = 0; n < 30; ++n) {
+        const bool seen = n % 7 != 3;  // unseen, the prediction stands still
+        const box b = {104 + 3 * static_cast<float>(n) + shake(), 202 + shake(), 49 + shake(), 82 + shake()};
+        const double predicted[] = {model[0].predicted(), model[1].predicted(), model[2].predicted(),
+                                    model[3].predicted()};
+        seen ? t.frame({b}) : t.frame();
+        const float pr[] = {obj->pr_x, obj->pr_y, obj->pr_w, obj->pr_h};
+        const float now[] = {obj->x, obj->y, obj->w, obj->h};
+        const float z[] = {b.x, b.y, b.w, b.h};
+        for (int i = 0; i < 4; ++i) {
+            ASSERT_NEAR(pr[i], predicted[i], 1e-2) << n << ", " << i;
+            if (seen)
+                model[i].correct(static_cast<double>(z[i]));
+            ASSERT_NEAR(now[i], model[i].x[0], 1e-2) << n << ", " << i;
+        }
+        ASSERT_EQ(obj->id, 1);
+    }
+}
+
+TEST(Life, BornConfirmedStartsWithoutMotionAndTakesTheLatestDetection)
+{
+    tracked t(2, 1, 10, 0.5F, 0.3F, 1);
+    EXPECT_EQ(t.frame({box{10, 20, 8, 6, 3}}), (std::vector<output_row>{{1, 3, 6, 17, 14, 23, 0.5F, 0}}));
+    t.frame();
+    const trk_obj_t* obj = t.tracks()[0];
+    EXPECT_TRUE(obj->pr_x == 10 && obj->pr_y == 20 && obj->pr_w == 8 && obj->pr_h == 6);
+    const auto rows = t.frame({{7, 96, 17, 104, 23, 0.1F}, {5, 6, 17, 14, 23, 0.25F}});
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_TRUE(rows[0][0] == 1 && rows[0][1] == 5 && rows[0][6] == 0.25F && rows[0][7] == 1);
+    EXPECT_TRUE(rows[1][0] == 2 && rows[1][1] == 7 && rows[1][6] == 0.1F && rows[1][7] == 0);
+}
+
+TEST(Life, StopsAtCapacity)
+{
+    tracked t(2, 1, 1);
+    EXPECT_EQ(t.frame({box{0}}).size(), 1U);
+    const std::vector<box> two = {{100}, {200}};
+    const auto rows = t.frame(two);  // room for one of them
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_TRUE(rows[0][7] == -1 && rows[1][7] == 0 && rows[1][0] == 2);
+    EXPECT_TRUE(t->match_obj[0] == t.tracks()[1] && t->match_obj[1] == nullptr);
+    EXPECT_EQ(t.frame(two).size(), 1U);  // the oldest goes, its place is free for the frame behind
+    EXPECT_EQ(t.frame(two)[1][0], 3);
+}
+
+TEST(Life, IssuesIdentifiersInOrderOfConfirmationAndWraps)
+{
+    tracked t(8, 2, 1);
+    t.frame({box{0}, {100}});
+    EXPECT_EQ(t.frame({box{100}})[0][0], 1);  // the other one uses up none
+    t->tid = 1048574;
+    const std::vector<box> three = {{200}, {300}, {400}};
+    t.frame(three);
+    const auto rows = t.frame(three);
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_TRUE(rows[0][0] == 1048574 && rows[1][0] == 1 && rows[2][0] == 2);
+}
+
+TEST(Life, IsTheSameWithoutOutputAndAtTheEndOfCounting)
+{
+    tracked t(1, 2, INT_MAX);
+    float input[1][6] = {{1, 0, 0, 8, 8, 1}};
+    zel_tracker_process(t.handle, input, nullptr);
+    zel_tracker_process(t.handle, input, nullptr);
+    trk_obj_t* obj = t.tracks()[0];
+    EXPECT_EQ(obj->id, 1);
+    obj->match_count = obj->miss_count = INT_MAX;
+    t.frame();
+    EXPECT_TRUE(t->track_count == 1 && obj->miss_count == INT_MAX);
+    t.frame({box{4, 4}});
+    EXPECT_TRUE(obj->match_count == INT_MAX && obj->miss_count == 0);
+}
+
+TEST(Life, GoesOnWhenAnAllocationFails)
+{
+    const int live = allocations::live;
+    {
+        tracked t(4, 2, 9);
+        const int handle = allocations::live;
+        allocations::granted = 0;  // the record of the first
+        t.frame({box{0}, {100}});
+        ASSERT_EQ(t->track_count, 1);
+        EXPECT_EQ(t.tracks()[0]->x, 100);
+        for (const int before : {0, 1}) {  // the filter, then the measurement
+            allocations::granted = before;
+            EXPECT_TRUE(t.frame({box{100}}).empty());
+            EXPECT_TRUE(t->tid == 1 && allocations::granted == allocations::unlimited);
+        }
+        EXPECT_EQ(t.frame({box{100}})[0][0], 1);
+        t.frame({box{0}, {100}});
+        EXPECT_EQ(allocations::live, handle + 2 + 2);  // two records, a filter and its measurement
+    }
+    EXPECT_EQ(allocations::live, live);
+}
+
+}  // namespace

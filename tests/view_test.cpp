@@ -1,0 +1,413 @@
+// SPDX-License-Identifier: MIT
+//
+// What the viewer says of a frame, against the tracker itself: whoever would take a track alone, but not behind others,
+// lost; whoever takes it until others follow, was displaced.
+#include "view.h"
+
+#include <gtest/gtest.h>
+#include <zel/libzel.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <random>
+#include <sstream>
+
+#include "column.h"
+#include "recorder.h"
+#include "truth.h"
+
+namespace zeltrack {
+
+// --- a tracker and its input -----------------------------------------------------------------------------------------
+
+using row = std::array<float, 6>;
+using frame = std::vector<row>;
+
+struct setting {
+    int capacity;
+    float euc;
+    float iou;
+    int stable;
+    int removal;
+    int ignore_class;
+};
+
+class tracker {
+public:
+    explicit tracker(const setting& s)
+        : handle_(zel_tracker_create(0, 0, s.capacity, s.euc, s.iou, s.stable, s.removal, s.ignore_class)),
+          output_(static_cast<std::size_t>(s.capacity) + 1)
+    {
+    }
+    ~tracker() { zel_tracker_release(handle_); }
+    tracker(const tracker&) = delete;
+    tracker& operator=(const tracker&) = delete;
+
+    void process(frame rows)
+    {
+        rows.push_back({});
+        zel_tracker_process(handle_, reinterpret_cast<float(*)[6]>(rows.data()),
+                            reinterpret_cast<float(*)[8]>(output_.data()));
+    }
+    const tracker_t& records() const { return *static_cast<const tracker_t*>(handle_); }
+    const std::vector<std::array<float, 8>>& output() const { return output_; }
+
+private:
+    void* handle_;
+    std::vector<std::array<float, 8>> output_;
+};
+
+// Boxes so close together that every track is contested.
+static frame crowd(std::mt19937& random, int count, int widest = 24)
+{
+    std::uniform_int_distribution<int> place(0, widest);
+    std::uniform_int_distribution<int> side(1, 14);
+    std::uniform_int_distribution<int> cls(1, 2);
+    frame rows;
+    for (int n = 0; n < count; ++n) {
+        // halves, so that equal distances occur
+        const float x = static_cast<float>(place(random)) / 2;
+        const float y = static_cast<float>(place(random)) / 2;
+        rows.push_back({static_cast<float>(cls(random)), x, y, x + static_cast<float>(side(random)),
+                        y + static_cast<float>(side(random)), 1});
+    }
+    return rows;
+}
+
+// --- fates -----------------------------------------------------------------------------------------------------------
+
+// Replays everything and gives, for each track there was before the last frame, the detection of that frame it took.
+static std::vector<int> holders(const setting& s, const std::vector<frame>& before, const frame& last)
+{
+    tracker replay(s);
+    for (const frame& f : before)
+        replay.process(f);
+    std::vector<const trk_obj_t*> tracks;
+    const tracker_t& records = replay.records();
+    for (const list_head* node = records.track_list.next; node != &records.track_list; node = node->next)
+        tracks.push_back(reinterpret_cast<const trk_obj_t*>(node));
+    replay.process(last);
+    std::vector<int> taken(tracks.size(), -1);
+    for (int n = 0; n < records.ncurobjs; ++n) {
+        const auto at = std::find(tracks.begin(), tracks.end(), records.match_obj[n]);
+        if (at != tracks.end())
+            taken[static_cast<std::size_t>(at - tracks.begin())] = n;
+    }
+    return taken;
+}
+
+static bool takes(const std::vector<int>& taken, int n)
+{
+    return std::find(taken.begin(), taken.end(), n) != taken.end();
+}
+
+static verdict true_verdict(const setting& s, const std::vector<frame>& before, const frame& last, int n, bool far)
+{
+    const frame so_far(last.begin(), last.begin() + n + 1);
+    if (far)
+        return verdict::far;
+    if (takes(holders(s, before, last), n))
+        return verdict::took;
+    if (!takes(holders(s, before, {last[static_cast<std::size_t>(n)]}), 0))
+        return verdict::refused;
+    return takes(holders(s, before, so_far), n) ? verdict::displaced : verdict::lost;
+}
+
+static void check_rival(const setting& s, const std::vector<frame>& before, const frame& last, int n, const fate& f)
+{
+    const auto held_behind = [&](int m) {
+        const frame so_far(last.begin(), last.begin() + m + 1);
+        return holders(s, before, so_far)[static_cast<std::size_t>(f.nearest)];
+    };
+    if (f.what == verdict::lost) {
+        EXPECT_EQ(held_behind(n), f.rival);
+    } else if (f.what == verdict::displaced) {
+        EXPECT_EQ(held_behind(f.rival - 1), n);
+        EXPECT_EQ(held_behind(f.rival), f.rival);
+    }
+}
+
+TEST(Fates, AgreeWithTheTrackerOnRandomFrames)
+{
+    std::mt19937 random(7);
+    std::map<verdict, int> seen;
+    for (int round = 0; round < 300; ++round) {
+        const setting s{8,
+                        round % 3 ? 1.0F : 0.0F,
+                        0.1F * static_cast<float>(round % 5),
+                        1 + round % 3,
+                        1 + round % 4,
+                        round % 7 == 0};
+        const int widest = round % 2 ? 24 : 6;
+        std::vector<frame> before(4);
+        for (frame& f : before)
+            f = crowd(random, static_cast<int>(random() % 6), widest);
+        const frame last = crowd(random, 8, widest);
+        tracker subject(s);
+        recorder records;
+        for (const frame& f : before) {
+            subject.process(f);
+            records.observe(subject.records());
+        }
+        const std::size_t first = records.result().detections.size();
+        subject.process(last);
+        records.observe(subject.records());
+        for (int n = 0; n < 8; ++n) {
+            SCOPED_TRACE(testing::Message() << "round " << round << ", detection " << n);
+            const recorded_detection& d = records.result().detections[first + static_cast<std::size_t>(n)];
+            const bool far = subject.records().match_score[n] == 100;
+            ASSERT_EQ(d.why.what, true_verdict(s, before, last, n, far));
+            EXPECT_EQ(d.started, d.why.what != verdict::took && subject.records().match_obj[n]);
+            check_rival(s, before, last, n, d.why);
+            ++seen[d.why.what];
+        }
+    }
+    for (const verdict v : {verdict::took, verdict::far, verdict::refused, verdict::lost, verdict::displaced})
+        EXPECT_GT(seen[v], 20) << "of verdict " << static_cast<int>(v);
+}
+
+// --- lives -----------------------------------------------------------------------------------------------------------
+
+struct life_case {
+    const char* name;
+    setting s;
+    const char* frames;  // one object: d a frame with its detection, . a frame without
+    std::size_t lives;
+    std::size_t rows;  // of the first life
+    int confirmed;
+    ending end;
+    std::vector<int> forgotten;
+};
+
+static std::ostream& operator<<(std::ostream& out, const life_case& c)
+{
+    return out << c.name;
+}
+
+static const life_case life_cases[] = {
+    {"confirmed at the third match", {4, 1, 0.3F, 3, 10, 0}, "ddd", 1, 3, 2, ending::end_of_file, {}},
+    {"confirmed at birth", {4, 1, 0.3F, 1, 10, 0}, "d", 1, 1, 0, ending::end_of_file, {}},
+    {"removed in the frame after the last miss survived",
+     {4, 1, 0.3F, 1, 2, 0},
+     "d....",
+     1,
+     4,
+     0,
+     ending::missed_too_long,
+     {}},
+    {"tentative at its sixth miss", {4, 1, 0.3F, 3, 10, 0}, "d.......", 1, 7, -1, ending::tentative_too_long, {4}},
+    {"tentative, but past the misses that any track survives",
+     {4, 1, 0.3F, 3, 2, 0},
+     "d.....",
+     1,
+     4,
+     -1,
+     ending::missed_too_long,
+     {}},
+    {"forgets its matches once and is confirmed later",
+     {4, 1, 0.3F, 3, 10, 0},
+     "dd....ddd",
+     1,
+     9,
+     8,
+     ending::end_of_file,
+     {5}},
+    {"a record that is used again is another life",
+     {4, 1, 0.3F, 1, 1, 0},
+     "d..d..d",
+     3,
+     3,
+     0,
+     ending::missed_too_long,
+     {}},
+};
+
+class Lives : public testing::TestWithParam<life_case> {};
+
+TEST_P(Lives, AreReadOffTheRecords)
+{
+    const life_case& c = GetParam();
+    tracker subject(c.s);
+    recorder records;
+    for (const char* f = c.frames; *f != '\0'; ++f) {
+        subject.process(*f == 'd' ? frame{{1, 0, 0, 20, 20, 1}} : frame{});
+        records.observe(subject.records());
+    }
+    ASSERT_EQ(records.result().lives.size(), c.lives);
+    const life& l = records.result().lives[0];
+    EXPECT_EQ(l.birth, 1);
+    EXPECT_EQ(l.rows.size(), c.rows);
+    EXPECT_EQ(l.confirmed, c.confirmed);
+    EXPECT_EQ(l.id, c.confirmed < 0 ? -1 : 1);
+    EXPECT_EQ(l.end, c.end);
+    EXPECT_EQ(l.rows.back().detection < 0, c.end != ending::end_of_file);
+    EXPECT_EQ(l.forgotten, c.forgotten);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Lives, testing::ValuesIn(life_cases));
+
+TEST(Recorder, HasTheBoxesThatTheTrackerReports)
+{
+    std::mt19937 random(3);
+    tracker subject({12, 1, 0.1F, 2, 3, 0});
+    recorder records;
+    int compared = 0;
+    for (int f = 1; f <= 60; ++f) {
+        subject.process(crowd(random, static_cast<int>(random() % 7)));
+        records.observe(subject.records());
+        for (auto out = subject.output().begin(); (*out)[0] > 0; ++out, ++compared) {
+            const auto& lives = records.result().lives;
+            const auto l = std::find_if(lives.begin(), lives.end(),
+                                        [&](const life& it) { return static_cast<float>(it.id) == (*out)[0]; });
+            ASSERT_NE(l, lives.end());
+            const life_row& r = l->rows.at(static_cast<std::size_t>(f - l->birth));
+            EXPECT_EQ(static_cast<float>(r.detection), (*out)[7]);
+            EXPECT_EQ(r.box.x - r.box.w * 0.5F, (*out)[2]);
+            EXPECT_EQ(r.box.y + r.box.h * 0.5F, (*out)[5]);
+        }
+    }
+    EXPECT_GT(compared, 50);
+}
+
+TEST(Recorder, KeepsWhoFoundNoRoom)
+{
+    tracker subject({2, 1, 0.3F, 1, 5, 0});
+    recorder records;
+    subject.process({{1, 0, 0, 9, 9, 1}, {1, 50, 0, 59, 9, 1}});
+    records.observe(subject.records());
+    subject.process({{1, 0, 0, 9, 9, 1}, {1, 0, 90, 9, 99, 1}});
+    records.observe(subject.records());
+    const recorded_detection& last = records.result().detections.back();
+    EXPECT_EQ(last.why.what, verdict::far);
+    EXPECT_FALSE(last.started);
+    EXPECT_EQ(last.why.nearest, 0);
+    EXPECT_FLOAT_EQ(last.why.distance, 90 * 90);
+}
+
+// --- the truth -------------------------------------------------------------------------------------------------------
+
+// Every box is 10 x 10; a digit is its x in steps of 3, of which one leaves more than half in common and two do not.
+struct identity_case {
+    const char* name;
+    std::vector<std::pair<std::string, std::string>> frames;  // objects 1, 2, ... and tracks 1, 2, ...
+    std::size_t changes;
+};
+
+static std::vector<mot_row> boxes_at(const std::string& places)
+{
+    std::vector<mot_row> rows;
+    for (std::size_t i = 0; i < places.size(); ++i)
+        if (places[i] != '-') {
+            rows.emplace_back();
+            rows.back().id = static_cast<int>(i) + 1;
+            rows.back().left = static_cast<float>(3 * (places[i] - '0'));
+            rows.back().width = rows.back().height = 10;
+        }
+    return rows;
+}
+
+TEST(Identities, ChangeOnlyWhenAnotherTrackFollows)
+{
+    const identity_case cases[] = {
+        {"the same track", {{"0", "0"}, {"1", "1"}}, 0},
+        {"another track", {{"0", "0"}, {"0", "-0"}}, 1},
+        {"a gap is no change", {{"0", "0"}, {"0", "-"}, {"0", "0"}}, 0},
+        {"there and back", {{"0", "0"}, {"0", "-0"}, {"0", "0"}}, 2},
+        {"two exchange their tracks", {{"05", "05"}, {"05", "50"}}, 2},
+        {"a second track on the same object", {{"0", "0"}, {"0", "00"}}, 0},
+        {"too far to follow", {{"0", "0"}, {"0", "-2"}}, 0},
+        {"the track before, although another is nearer", {{"0", "1"}, {"0", "10"}}, 0},
+        {"the nearest of two new ones", {{"0", "0"}, {"0", "--10"}, {"0", "---0"}}, 1},
+    };
+    for (const identity_case& c : cases) {
+        identity_watch watch;
+        int number = 0;
+        for (const auto& [objects, tracks] : c.frames) {
+            const std::vector<mot_row> truth = boxes_at(objects);
+            std::vector<track_row> rows;
+            for (const mot_row& box : boxes_at(tracks))
+                rows.push_back({box, 0});
+            watch.observe(++number, truth.data(), truth.data() + truth.size(), rows);
+        }
+        EXPECT_EQ(watch.changes().size(), c.changes) << c.name;
+    }
+}
+
+TEST(Truth, NeedsIdentifiers)
+{
+    std::vector<mot_row> rows;
+    std::istringstream good("1,7,0,0,5,5,1\n");
+    EXPECT_FALSE(read_truth(good, rows));
+    EXPECT_EQ(rows.at(0).id, 7);
+    std::istringstream bad("1,7,0,0,5,5,1\n2,a,0,0,5,5,1\n");
+    const auto error = read_truth(bad, rows);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->line, 2U);
+}
+
+// --- coding ----------------------------------------------------------------------------------------------------------
+
+TEST(Column, CodesWholeNumbers)
+{
+    const std::pair<std::uint32_t, const char*> numbers[] = {
+        {0, "AA=="}, {127, "fw=="}, {128, "gAE="}, {300, "rAI="}, {UINT_MAX, "/////w8="}};
+    for (const auto& [value, text] : numbers) {
+        column c;
+        c.put(value);
+        EXPECT_EQ(c.base64(), text) << value;
+    }
+    const std::pair<int, const char*> signed_numbers[] = {{0, "AA=="},   {-1, "AQ=="}, {1, "Ag=="},
+                                                          {-64, "fw=="}, {64, "gAE="}, {INT_MIN, "/////w8="}};
+    for (const auto& [value, text] : signed_numbers) {
+        column c;
+        c.put_signed(value);
+        EXPECT_EQ(c.base64(), text) << value;
+    }
+    EXPECT_EQ(column().base64(), "");
+}
+
+TEST(Json, TextCannotLeaveItsElement)
+{
+    EXPECT_EQ(json_string("</script><!--"), "\"\\u003c/script>\\u003c!--\"");
+    EXPECT_EQ(json_string("a\"b\\c\n\x7f"), "\"a\\u0022b\\u005cc\\u000a\\u007f\"");
+    EXPECT_EQ(json_string("Stra\xc3\x9f"
+                          "e"),
+              "\"Stra\xc3\x9f"
+              "e\"");
+}
+
+TEST(ShellLine, QuotesWhatTheShellWouldRead)
+{
+    const char* const words[] = {"view", "a b.txt", "it's", "", "-o", "x<y>.html", "--iou=0.5"};
+    EXPECT_EQ(shell_line(7, words), "view 'a b.txt' 'it'\\''s' '' -o 'x<y>.html' --iou=0.5");
+}
+
+// --- the page --------------------------------------------------------------------------------------------------------
+
+TEST(Page, HoldsAnySequenceWithinItsElement)
+{
+    for (const int frames : {0, 1, 3}) {
+        sequence input;
+        input.frames = frames;
+        for (int f = 1; f <= frames; ++f) {
+            input.rows.emplace_back();
+            input.rows.back().frame = f;
+            input.rows.back().left = -max_coordinate;
+            input.rows.back().width = 1e-30F;
+        }
+        view_options options;
+        options.track.detections = "</script><script>alert(1)</script>";
+        options.track.quiet = true;
+        options.truth = input.rows;
+        std::string page;
+        view_sequence(input, options, page);
+        EXPECT_EQ(page.find("<script>alert"), std::string::npos);
+        EXPECT_NE(page.find("\"frames\":" + std::to_string(frames)), std::string::npos);
+    }
+}
+
+}  // namespace zeltrack

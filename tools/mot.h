@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+//
+// The MOTChallenge text format: one line per box, "frame,id,left,top,width,height,conf" and columns that vary from file
+// to file. Frames count from 1 and need not be sorted.
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zeltrack {
+
+constexpr int max_frame = 10000000;
+constexpr float max_coordinate = 1e9F;
+constexpr float max_class = 16777215;  // every whole number up to here is a float
+
+struct mot_row {
+    int frame = 0;
+    int id = -1;
+    float left = 0;
+    float top = 0;
+    float width = 0;
+    float height = 0;
+    float conf = 1;
+    float cls = 1;  // never 0, which would end the tracker's list
+};
+
+// Where a row's class stands (counted from 1; 0: nowhere, every row is of class 1) and which number is the first class.
+struct mot_classes {
+    int column = 0;
+    int base = 1;
+};
+
+struct mot_error {
+    std::size_t line;  // 0: not of one line, but of reading
+    std::string text;
+};
+
+// Append all rows of a detection file, in the order of the file. The identifier column is not read. Stops at the first
+// line that is wrong; memory is bounded by the rows, however long a line is.
+std::optional<mot_error> read_detections(std::istream& in, const mot_classes& classes, std::vector<mot_row>& rows);
+
+// The same for true boxes, whose identifiers are read and whose classes are not.
+std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows);
+
+// Append "frame,id,left,top,width,height,conf,-1,-1,-1" and a newline: each number as the shortest text that reads back
+// to the same float.
+void append_row(std::string& text, const mot_row& row);
+
+}  // namespace zeltrack

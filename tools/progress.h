@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+//
+// A progress bar on standard error, for work that turns out to take a while. On anything but a terminal it is nothing.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace zeltrack {
+
+class progress {
+public:
+    progress(bool wanted, std::string what, int total);
+    ~progress();
+    progress(const progress&) = delete;
+    progress& operator=(const progress&) = delete;
+
+    void update(int done);
+
+private:
+    using clock = std::chrono::steady_clock;
+
+    bool active_;
+    bool drawn_ = false;
+    std::string what_;
+    int total_;
+    clock::time_point next_;
+};
+
+}  // namespace zeltrack

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+//
+// Choosing the scale from the boxes.
+#include "scale.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+namespace zeltrack {
+
+static double median(std::vector<double>& values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    if (values.size() % 2 == 1)
+        return *middle;
+    return (*middle + *std::max_element(values.begin(), middle)) / 2;
+}
+
+double automatic_scale(const std::vector<mot_row>& rows)
+{
+    std::vector<double> sizes;
+    for (const mot_row& row : rows)
+        if (row.width > 0 && row.height > 0)
+            sizes.push_back(std::sqrt(static_cast<double>(row.width) * row.height));
+    if (sizes.empty())
+        return 1;
+    return std::clamp(gate_units / (0.5 * median(sizes)), min_scale, max_scale);
+}
+
+// --- how far the objects step ----------------------------------------------------------------------------------------
+
+template <typename Point>
+static double distance(const Point& a, const Point& b)
+{
+    return std::hypot(static_cast<double>(a.x) - b.x, static_cast<double>(a.y) - b.y);
+}
+
+// Outwards from the place of x in the sorted points, until x alone is too far.
+double step_watch::nearest(const point& at) const
+{
+    const auto middle = std::lower_bound(before_.begin(), before_.end(), at, by_x);
+    double best = std::numeric_limits<double>::infinity();
+    for (auto it = middle; it != before_.end() && it->x - at.x < best; ++it)
+        best = std::min(best, distance(*it, at));
+    for (auto it = middle; it != before_.begin() && at.x - std::prev(it)->x < best; --it)
+        best = std::min(best, distance(*std::prev(it), at));
+    return best;
+}
+
+void step_watch::observe(const mot_row* first, const mot_row* last, const std::vector<track_row>& rows)
+{
+    const auto centre = [](const mot_row& row) { return point{row.left + row.width / 2, row.top + row.height / 2}; };
+    if (!before_.empty())
+        for (const mot_row* row = first; row != last; ++row)
+            distances_.push_back(nearest(centre(*row)));
+    before_.clear();
+    for (const mot_row* row = first; row != last; ++row)
+        before_.push_back(centre(*row));
+    for (const track_row& row : rows)
+        before_.push_back(centre(row.box));
+    std::sort(before_.begin(), before_.end(), by_x);
+}
+
+double step_watch::share_beyond(double gate) const
+{
+    if (distances_.empty())
+        return 0;
+    const auto beyond = std::count_if(distances_.begin(), distances_.end(), [gate](double d) { return d >= gate; });
+    return static_cast<double>(beyond) / static_cast<double>(distances_.size());
+}
+
+double step_watch::reach(double share)
+{
+    if (distances_.empty())
+        return 0;
+    const auto at =
+        distances_.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(distances_.size() - 1));
+    std::nth_element(distances_.begin(), at, distances_.end());
+    return *at;
+}
+
+}  // namespace zeltrack
