@@ -122,15 +122,15 @@ ZEL_API void zel_mat_setone(zel_mat_t* mat);
 /**
  * @}
  * @name Element-wise arithmetic
- * Every scalar of every channel, all depths. Operands must be of one type and shape. dst may be any of the sources; data
- * that overlap at a shift are not allowed.
+ * Every scalar of every channel, all depths. Operands must be of one type and shape. dst may be any of the sources;
+ * data that overlap at a shift are not allowed.
  * @{
  */
 
 /** dst = -src. Floats flip their sign bit. With ZEL_U08 and ZEL_U16 nothing is written. */
 ZEL_API void zel_mat_neg(zel_mat_t* src, zel_mat_t* dst);
 
-/** dst = src * value, with pval pointing at one scalar of the matrix's depth. It may lie in dst: it is read once, first. */
+/** dst = src * value, where pval points at one scalar of the matrix's depth. It may lie in dst: it is read first. */
 ZEL_API void zel_mat_scale(void* pval, zel_mat_t* src, zel_mat_t* dst);
 
 /** dst = src1 + src2. */
@@ -158,9 +158,9 @@ ZEL_API void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst);
  */
 
 /**
- * Print a matrix to standard output with printf, a line per row, under the line "name=" unless name is null. For looking
- * at values while developing: of several channels, only the first cols scalars of a row are printed; ZEL_S08 is printed
- * as characters and ZEL_U16 as if signed.
+ * Print a matrix to standard output with printf, a line per row, under the line "name=" unless name is null. For
+ * looking at values while developing: of several channels, only the first cols scalars of a row are printed; ZEL_S08 is
+ * printed as characters and ZEL_U16 as if signed.
  */
 ZEL_API void zel_mat_print(char* name, zel_mat_t* mat);
 

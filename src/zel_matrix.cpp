@@ -11,6 +11,10 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <type_traits>
+
+#include "zel_matrix_f32.h"
+
 static_assert(sizeof(zel_mat_t) % 8 == 0, "data right behind a header must be aligned for every depth");
 
 namespace {
@@ -163,9 +167,9 @@ inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
         memcpy(d, s, size);
 }
 
-// Scalars are moved as bytes, whatever they mean: their type is not known here. In square blocks of one cache line of the
-// destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7 times
-// as long.
+// Scalars are moved as bytes, whatever they mean: their type is not known here. In square blocks of one cache line of
+// the destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7
+// times as long.
 template <size_t size>
 void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
 {
@@ -215,32 +219,10 @@ constexpr const char* print_formats[] = {" %3d", " %c", " %6d", " %6d", " %11d",
 
 // --- products --------------------------------------------------------------------------------------------------------
 
-// The operands of one product d = a * b, of rows x inner and inner x cols scalars. Element (i, k) of a lies at
-// i * a_row + k * a_inner, which is how the transpose of a is read in place.
-struct product {
-    const zel_mat_t* a;
-    const zel_mat_t* b;
-    zel_mat_t* d;
-    int rows;
-    int inner;
-    int cols;
-    int a_row;
-    int a_inner;
-};
-
-enum class sign { plus, minus };
-
 template <typename T>
 inline T multiply_add(T sum, T x, T y)
 {
     return static_cast<T>(widened(sum) + widened(x) * widened(y));
-}
-
-template <typename T>
-void set_row(T* __restrict d, T factor, const T* __restrict b, int cols)
-{
-    for (int j = 0; j < cols; ++j)
-        d[j] = static_cast<T>(widened(factor) * widened(b[j]));
 }
 
 template <typename T>
@@ -250,67 +232,89 @@ void add_row(T* __restrict d, T factor, const T* __restrict b, int cols)
         d[j] = multiply_add(d[j], factor, b[j]);
 }
 
-// Rows of d, from the given term on, gain multiples of the rows of b. A negated factor subtracts exactly, wrapping or
-// fused, so that sums and differences are one loop.
+// d +-= a * b. Rows of d gain multiples of the rows of b. A negated factor subtracts exactly, wrapping or fused, so
+// that sums and differences are one loop.
 template <typename T>
-void accumulate_rows(const product& p, int first, sign s)
+void accumulate_rows(const T* a, strides at, const T* b, T* d, int rows, int inner, int cols, sign s)
 {
-    T* d = scalars<T>(p.d);
-    for (int i = 0; i < p.rows; ++i, d += p.cols) {
-        const T* a = scalars<T>(p.a) + static_cast<ptrdiff_t>(i) * p.a_row;
-        const T* b = scalars<T>(p.b);
-        for (int k = 0; k < p.inner; ++k, a += p.a_inner, b += p.cols) {
-            const T factor = s == sign::plus ? *a : negated(*a);
-            if (k < first)
-                set_row(d, factor, b, p.cols);
-            else
-                add_row(d, factor, b, p.cols);
+    for (ptrdiff_t i = 0; i < rows; ++i, d += cols)
+        for (ptrdiff_t k = 0; k < inner; ++k) {
+            const T factor = a[i * at.row + k * at.inner];
+            add_row(d, s == sign::plus ? factor : negated(factor), b + k * cols, cols);
         }
-    }
 }
 
-// d = a * b' + c, each element the dot product of two rows. c is null for d = a * b', or the same matrix as d.
+// d += a * b', each element the dot product of two rows.
 template <typename T>
-void multiply_transposed(const product& p, const zel_mat_t* c)
+void accumulate_dots(const T* a, const T* b, T* d, int rows, int inner, int cols)
 {
-    const T* a = scalars<T>(p.a);
-    T* d = scalars<T>(p.d);
-    const T* start = c ? scalars<T>(c) : nullptr;
-    for (int i = 0; i < p.rows; ++i, a += p.inner) {
-        const T* b = scalars<T>(p.b);
-        for (int j = 0; j < p.cols; ++j, b += p.inner, ++d) {
-            T sum = start ? *start++ : T(0);
-            for (int k = 0; k < p.inner; ++k)
-                sum = multiply_add(sum, a[k], b[k]);
+    for (ptrdiff_t i = 0; i < rows; ++i, a += inner)
+        for (ptrdiff_t j = 0; j < cols; ++j, ++d) {
+            T sum = *d;
+            for (ptrdiff_t k = 0; k < inner; ++k)
+                sum = multiply_add(sum, a[k], b[j * inner + k]);
             *d = sum;
         }
-    }
+}
+
+// d +-= a * b in any depth but single precision, which has kernels of its own.
+void accumulate(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d, int inner, turned t, sign s)
+{
+    by_depth(d->type, [=](auto zero) {
+        using T = decltype(zero);
+        const strides at = t == turned::first ? strides{1, d->rows} : strides{inner, 1};
+        if constexpr (std::is_same<T, f32_t>::value)
+            return;
+        else if (t == turned::second)
+            accumulate_dots(scalars<T>(a), scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols);
+        else
+            accumulate_rows(scalars<T>(a), at, scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols, s);
+    });
+}
+
+// What the sums start from, laid into d.
+void lay_start(from_nothing, const zel_mat_t*, zel_mat_t* d)
+{
+    zel_mat_setzero(d);
+}
+void lay_start(from_identity, const zel_mat_t*, zel_mat_t* d)
+{
+    zel_mat_setidentity(d);
+}
+void lay_start(from_matrix, const zel_mat_t* c, zel_mat_t* d)
+{
+    if (!is_empty(d))
+        memmove(d->data.p, c->data.p, count_bytes(d));  // the two may be one matrix
+}
+
+template <turned t, sign s, typename Start>
+[[gnu::noinline]] void multiply_any(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d, int inner)
+{
+    lay_start(Start{nullptr, 0}, c, d);
+    accumulate(a, b, d, inner, t, s);
+}
+
+// d = start +- a * b for operands of one type. c is what from_matrix starts from; Known are the single-precision sizes
+// that have kernels of their own.
+template <turned t, sign s, typename Start, typename... Known>
+inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d)
+{
+    const int rows = t == turned::first ? a->cols : a->rows;
+    const int cols = t == turned::second ? b->rows : b->cols;
+    const int inner = t == turned::first ? a->rows : a->cols;
+    if (inner != (t == turned::second ? b->cols : b->rows) || !has_shape(d, rows, cols))
+        return;
+    if (std::is_same<Start, from_matrix>::value && !has_shape(c, rows, cols))
+        return;
+    if (ZEL_MAT_DEPTH(d->type) == ZEL_F32 && inner > 0)
+        return multiply_f32<t, s, Start, Known...>(a->data.f, b->data.f, c ? c->data.f : nullptr, d->data.f, rows,
+                                                   inner, cols);
+    multiply_any<t, s, Start>(a, b, c, d, inner);
 }
 
 inline bool is_single_channel(const zel_mat_t* mat)
 {
     return ZEL_MAT_CN(mat->type) == 1;
-}
-
-inline void copy_data(const zel_mat_t* src, zel_mat_t* dst)
-{
-    if (!is_empty(dst))
-        memmove(dst->data.p, src->data.p, count_bytes(dst));  // the two may be one matrix
-}
-
-inline product plain_product(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d)
-{
-    return {a, b, d, a->rows, a->cols, b->cols, a->cols, 1};
-}
-
-inline product first_transposed(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d)
-{
-    return {a, b, d, a->cols, a->rows, b->cols, 1, a->cols};
-}
-
-inline product second_transposed(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d)
-{
-    return {a, b, d, a->rows, a->cols, b->rows, a->cols, 1};
 }
 
 // --- inverse ---------------------------------------------------------------------------------------------------------
@@ -503,40 +507,23 @@ void zel_mat_mul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst, int flags)
 {
     if (!is_single_channel(src1) || src2->type != src1->type || dst->type != src1->type)
         return;
-    const bool trans1 = flags & ZEL_MAT_TRANS_SRC1;
-    const bool trans2 = !trans1 && (flags & ZEL_MAT_TRANS_SRC2);
-    const product p = trans1   ? first_transposed(src1, src2, dst)
-                      : trans2 ? second_transposed(src1, src2, dst)
-                               : plain_product(src1, src2, dst);
-    if (p.inner != (trans2 ? src2->cols : src2->rows) || !has_shape(dst, p.rows, p.cols))
-        return;
-    if (p.inner <= 0)
-        return zel_mat_setzero(dst);
-    by_depth(dst->type, [&](auto zero) {
-        using T = decltype(zero);
-        if (trans2)
-            multiply_transposed<T>(p, nullptr);
-        else
-            accumulate_rows<T>(p, 1, sign::plus);
-    });
+    if (flags & ZEL_MAT_TRANS_SRC1)
+        multiply<turned::first, sign::plus, from_nothing>(src1, src2, nullptr, dst);
+    else if (flags & ZEL_MAT_TRANS_SRC2)
+        multiply<turned::second, sign::plus, from_nothing, sizes<8, 8, 8>, sizes<8, 8, 4>, sizes<8, 4, 4>>(
+            src1, src2, nullptr, dst);
+    else
+        multiply<turned::none, sign::plus, from_nothing, sizes<8, 8, 1>>(src1, src2, nullptr, dst);
 }
 
 void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flags)
 {
     if (!is_single_channel(src1) || src2->type != src1->type || src3->type != src1->type || dst->type != src1->type)
         return;
-    const bool trans2 = flags & ZEL_MAT_TRANS_SRC2;
-    const product p = trans2 ? second_transposed(src1, src2, dst) : plain_product(src1, src2, dst);
-    if (p.inner != (trans2 ? src2->cols : src2->rows) || !has_shape(dst, p.rows, p.cols) ||
-        !has_shape(src3, p.rows, p.cols))
-        return;
-    by_depth(dst->type, [&](auto zero) {
-        using T = decltype(zero);
-        if (trans2)
-            return multiply_transposed<T>(p, src3);
-        copy_data(src3, dst);
-        accumulate_rows<T>(p, 0, sign::plus);
-    });
+    if (flags & ZEL_MAT_TRANS_SRC2)
+        multiply<turned::second, sign::plus, from_matrix, sizes<8, 8, 8>>(src1, src2, src3, dst);
+    else
+        multiply<turned::none, sign::plus, from_matrix, sizes<4, 8, 4>, sizes<8, 4, 1>>(src1, src2, src3, dst);
 }
 
 void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flag)
@@ -544,16 +531,10 @@ void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
     if (!is_single_channel(src2) || (src1 && src1->type != src2->type) || src3->type != src2->type ||
         dst->type != src2->type)
         return;
-    const bool from_identity = flag & ZEL_MAT_FROM_IDENTITY;
-    const product p = plain_product(src2, src3, dst);
-    if (p.inner != src3->rows || !has_shape(dst, p.rows, p.cols) ||
-        (!from_identity && !has_shape(src1, p.rows, p.cols)))
-        return;
-    if (from_identity)
-        zel_mat_setidentity(dst);
+    if (flag & ZEL_MAT_FROM_IDENTITY)
+        multiply<turned::none, sign::minus, from_identity, sizes<8, 4, 8>>(src2, src3, nullptr, dst);
     else
-        copy_data(src1, dst);
-    by_depth(dst->type, [&](auto zero) { accumulate_rows<decltype(zero)>(p, 0, sign::minus); });
+        multiply<turned::none, sign::minus, from_matrix, sizes<4, 8, 1>>(src2, src3, src1, dst);
 }
 
 // --- inverse ---------------------------------------------------------------------------------------------------------
@@ -610,6 +591,8 @@ int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst)
         return -1;
     if (src->type != ZEL_MAT_TYPE(ZEL_F32, 1) || src->rows != src->cols)
         return -1;
+    if (src->rows == 4 && invert_4x4(src->data.f, dst->data.f))
+        return 0;
     return _matinv_nxn(src->rows, src->data.f, dst->data.f);
 }
 
