@@ -30,6 +30,11 @@
 #define ZEL_API
 #endif
 
+#define ZEL_VERSION_MAJOR 1
+#define ZEL_VERSION_MINOR 0
+#define ZEL_VERSION_PATCH 0
+#define ZEL_VERSION_STRING "1.0.0"
+
 /* Scalars of matrices and results. */
 typedef int8_t s08_t;
 typedef uint8_t u08_t;
@@ -44,6 +49,9 @@ typedef double f64_t;
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/** Version of the library that runs, as "major.minor.patch"; ZEL_VERSION_STRING is that of the header. Static. */
+ZEL_API const char* zel_version(void);
 
 /**
  * Make a tracker for one sequence.
@@ -98,8 +106,8 @@ ZEL_API void zel_tracker_set_params(void* handle, float euc_thresh, float iou_th
  * same ones.
  *
  * A confirmed track without a detection is reported for two more frames: its last element is then -1.0, its box stays
- * at the last corrected one, class and score are those of its last detection. From the third missed frame on it is kept,
- * but reported again only when it is matched again, under the same identifier.
+ * at the last corrected one, class and score are those of its last detection. From the third missed frame on it is
+ * kept, but reported again only when it is matched again, under the same identifier.
  *
  * A track that cannot be allocated, or that finds nmaxobjs tracks alive, is not started; its detection is dropped. A
  * track whose filter cannot be allocated stays tentative and is confirmed at its next match.
