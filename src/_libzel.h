@@ -19,15 +19,23 @@
 
 #include "libzel.h"
 
-/* Depths: the scalar type of a matrix. There is no unsigned 32-bit or 64-bit one. */
-#define ZEL_U08 0
-#define ZEL_S08 1
-#define ZEL_U16 2
-#define ZEL_S16 3
-#define ZEL_S32 4
-#define ZEL_F32 5
-#define ZEL_S64 6
-#define ZEL_F64 7
+/**
+ * @defgroup zel_matrix Matrices
+ * Dense matrices over eight scalar types.
+ * @{
+ * @name Depths
+ * The scalar type of a matrix. There is no unsigned 32-bit or 64-bit one.
+ * @{
+ */
+
+#define ZEL_U08 0 /**< #u08_t */
+#define ZEL_S08 1 /**< #s08_t */
+#define ZEL_U16 2 /**< #u16_t */
+#define ZEL_S16 3 /**< #s16_t */
+#define ZEL_S32 4 /**< #s32_t */
+#define ZEL_F32 5 /**< #f32_t */
+#define ZEL_S64 6 /**< #s64_t */
+#define ZEL_F64 7 /**< #f64_t */
 
 /** Type code of a depth and 1 to 32 channels: bits 0 to 2 are the depth, bits 3 to 7 the channels less one. */
 #define ZEL_MAT_TYPE(depth, cn) ((depth) | (((cn)-1) << 3))
@@ -38,16 +46,19 @@
 /** Bytes per scalar of a depth (or of a type code): 1, 1, 2, 2, 4, 4, 8, 8. */
 #define ZEL_ELEM_SIZE(depth) (1 << (ZEL_MAT_DEPTH(depth) >> 1))
 
+/** @} */
+
+/** @cond */
 #if defined(__GNUC__)
 #define ZEL_ALIGNED_8 __attribute__((aligned(8)))
 #else
 #define ZEL_ALIGNED_8
 #endif
+/** @endcond */
 
-/* Flags of the products. */
-#define ZEL_MAT_TRANS_SRC1 1
-#define ZEL_MAT_TRANS_SRC2 2
-#define ZEL_MAT_FROM_IDENTITY 16
+#define ZEL_MAT_TRANS_SRC1 1     /**< zel_mat_mul(): the transpose of src1 */
+#define ZEL_MAT_TRANS_SRC2 2     /**< zel_mat_mul(), zel_mat_muladd(): the transpose of src2 */
+#define ZEL_MAT_FROM_IDENTITY 16 /**< zel_mat_submul(): the identity in place of src1 */
 
 /**
  * Matrix header. step is the bytes from one row to the next and always the bytes of one row: rows follow each other
@@ -56,9 +67,10 @@
  */
 typedef struct _zel_mat_t {
     s32_t type; /**< ZEL_MAT_TYPE(depth, channels) */
-    s32_t rows;
+    s32_t rows; /**< 0 or more */
     s32_t cols; /**< elements per row */
-    s32_t step;
+    s32_t step; /**< bytes per row */
+    /** the scalars, in storage that the header does not own by itself */
     union {
         u08_t* p; /**< ZEL_U08, ZEL_S08 */
         s16_t* s; /**< ZEL_U16, ZEL_S16 */
@@ -68,9 +80,6 @@ typedef struct _zel_mat_t {
         f64_t* d; /**< ZEL_F64 */
     } data;
 } ZEL_ALIGNED_8 zel_mat_t;
-
-/** A linear Kalman filter; its fields are private to the library. */
-typedef struct _zel_kalman_t zel_kalman_t;
 
 #ifdef __cplusplus
 extern "C" {
@@ -217,16 +226,19 @@ ZEL_API void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, z
  * Inverse of a square ZEL_F32 matrix of one channel and at most 40 rows, by Gauss-Jordan elimination with a row
  * exchange only where a pivot is exactly zero. dst may be src.
  *
- * Works in a static area: no two inversions may overlap in time anywhere in the process, whatever their operands.
+ * Each step is computed in double precision and rounded once. Works in a static area: a second inversion, of whatever
+ * operands, must not begin in any thread before the first has returned.
  *
  * @return 0 if dst was written, or if the matrix is empty; -1 if the operands were refused (type, shape, size) and dst
- *         is left unchanged. A singular matrix is not detected: dst then holds infinities or NaNs, and the result is 0.
+ *         is left unchanged. A singular matrix is not detected, and the result is 0: dst then holds infinities,
+ *         NaNs or, where rounding hides the zero pivot, large meaningless numbers.
  */
 ZEL_API int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst);
 
 /**
  * @}
- * @name Kalman filter
+ * @}
+ * @defgroup zel_kalman Kalman filter
  * A linear filter of ns states and nm measurements. All its matrices are ZEL_F32 of one channel. With x the state, P
  * its error covariance, z a measurement:
  *
@@ -237,12 +249,15 @@ ZEL_API int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst);
  * @{
  */
 
+/** A linear Kalman filter; its fields are private to the library. */
+typedef struct _zel_kalman_t zel_kalman_t;
+
 /**
  * Make a filter, all zero: the owner then writes x_post and P_post and, with flag 0, the model.
  *
  * @param ns, nm      Number of states and of measurements, both 1 or more.
  * @param flag        0: the filter carries A, H, Q and R itself, and the four arguments are ignored. Otherwise it
- * borrows the caller's, which must outlive it; any number of filters may share one set.
+ *                    borrows the caller's, which must outlive it; any number of filters may share one set.
  * @param A, H, Q, R  Transition (ns x ns), measurement (nm x ns), process noise (ns x ns), measurement noise (nm x nm).
  *                    They are not checked: with wrong shapes or types the products that use them write nothing.
  * @return The filter, one allocation, to be released with zel_kalman_release(); null if memory runs out, if ns or nm is
@@ -263,15 +278,16 @@ ZEL_API void zel_kalman_predict(zel_kalman_t* kalman);
 /**
  * Fold a measurement (nm x 1) into the prediction. Reads only the prior and writes only the posterior.
  *
- * Inverts a matrix: no two corrections may overlap in time anywhere in the process, not even of different filters.
+ * Inverts a matrix: a second correction, of whatever filter, must not begin in any thread before the first has
+ * returned.
  * A measurement of another shape or type is not noticed: the innovation of the correction before is used again.
- * With nm above 40 nothing can be inverted, and the posterior becomes the prior.
+ * With nm above 40 nothing can be inverted: the gain stays 0 and the posterior is the prior.
  */
 ZEL_API void zel_kalman_correct(zel_kalman_t* kalman, zel_mat_t* measurement);
 
 /**
  * @}
- * @name Matrices of 3 x 3 and vectors of 3
+ * @defgroup zel_3x3 Matrices of 3 x 3 and vectors of 3
  * On plain arrays, rows of three floats. Sums are formed in double precision and rounded once, apart from the
  * determinant and the outer product, which are single precision throughout. Outputs must not share storage with inputs.
  * @{

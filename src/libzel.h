@@ -11,8 +11,8 @@
  *   in order. A frame without detections must be passed too, as a first row of class 0.0: the frames in which nothing
  *   was seen are what retires a track.
  * - No two calls of zel_tracker_process() may run at the same time in the whole process, not even on different handles:
- *   each correction of a track inverts a matrix in one static work area. One handle must never be used by two threads
- *   at once. Everything else may run in parallel on different objects. No function starts a thread or takes a lock.
+ *   each correction of a track inverts a matrix in one static work area. A handle belongs to one thread at a time.
+ *   Everything else may run in parallel on different objects. No function starts a thread or takes a lock.
  * - "must" is the caller's duty and is not checked. A call that is refused says what it leaves unchanged.
  * - Memory is allocated by zel_tracker_create(), for a new track and for a track's confirmation, and nowhere else.
  *
@@ -24,27 +24,33 @@
 
 #include <stdint.h>
 
+/** @cond */
 #if defined(__GNUC__)
 #define ZEL_API __attribute__((visibility("default")))
 #else
 #define ZEL_API
 #endif
+/** @endcond */
 
-#define ZEL_VERSION_MAJOR 1
-#define ZEL_VERSION_MINOR 0
-#define ZEL_VERSION_PATCH 0
-#define ZEL_VERSION_STRING "1.0.0"
+/**
+ * @defgroup zel_common Version and scalars
+ * @{
+ */
 
-/* Scalars of matrices and results. */
-typedef int8_t s08_t;
-typedef uint8_t u08_t;
-typedef int16_t s16_t;
-typedef uint16_t u16_t;
-typedef int32_t s32_t;
-typedef int64_t s64_t;
-typedef uint64_t u64_t;
-typedef float f32_t;
-typedef double f64_t;
+#define ZEL_VERSION_MAJOR 1        /**< raised when a program must be built anew */
+#define ZEL_VERSION_MINOR 0        /**< raised when something is added */
+#define ZEL_VERSION_PATCH 0        /**< raised when something is mended */
+#define ZEL_VERSION_STRING "1.0.0" /**< the three of them */
+
+typedef int8_t s08_t;   /**< scalars of ::ZEL_S08 */
+typedef uint8_t u08_t;  /**< scalars of ::ZEL_U08 */
+typedef int16_t s16_t;  /**< scalars of ::ZEL_S16 */
+typedef uint16_t u16_t; /**< scalars of ::ZEL_U16 */
+typedef int32_t s32_t;  /**< scalars of ::ZEL_S32 */
+typedef int64_t s64_t;  /**< scalars of ::ZEL_S64 */
+typedef uint64_t u64_t; /**< the bits of an #s64_t */
+typedef float f32_t;    /**< scalars of ::ZEL_F32 */
+typedef double f64_t;   /**< scalars of ::ZEL_F64 */
 
 #ifdef __cplusplus
 extern "C" {
@@ -54,19 +60,27 @@ extern "C" {
 ZEL_API const char* zel_version(void);
 
 /**
+ * @}
+ * @defgroup zel_tracker Tracker
+ * Detections of each frame in, numbered tracks out.
+ * @{
+ */
+
+/**
  * Make a tracker for one sequence.
  *
  * @param im_w, im_h    Image size. Kept, but not used: boxes are neither scaled nor clipped.
- * @param nmaxobjs      Capacity, 0 or more: at most this many detections are taken from a frame, at most this many
- *                      tracks (tentative ones included) live at once, at most this many rows are returned.
+ * @param nmaxobjs      Capacity, 0 or more: the most detections read per frame, the most tracks alive (tentative ones
+ *                      included) and the most rows returned.
  * @param euc_thresh    Squared distance between a detection's centre and a track's predicted centre, in squared units
  *                      of the input. At or below it the pair counts as full overlap, whatever the boxes. Clamped
  *                      to [0, 1]; a NaN becomes 1.
  * @param iou_thresh    Intersection over union that a pair must exceed to match. Larger refuses more; at 1 nothing ever
  *                      matches. Clamped to [0, 1]; a NaN becomes 1.
  * @param fcnt_stable   Matched frames, the first included, after which a track is confirmed: it receives its identifier
- *                      and is reported. Less than 1 becomes 1, which reports every detection at once.
- * @param fcnt_removal  Consecutive missed frames that a track survives; one more removes it. Less than 1 becomes 1.
+ *                      and is reported. Less than 1 becomes 1, which reports every detection at once. A tentative
+ *                      track that is missed four times in a row starts counting anew.
+ * @param fcnt_removal  Frames in a row that a track may be missed; the next miss removes it. Less than 1 becomes 1.
  *                      A tentative track is also removed at its sixth miss. The prediction stands still while a track
  *                      is missed, so that very long survival mostly serves objects that stop behind others.
  * @param ignore_class  0: a detection matches only tracks of its own class. Otherwise the class is ignored.
@@ -89,7 +103,7 @@ ZEL_API void zel_tracker_set_params(void* handle, float euc_thresh, float iou_th
                                     int ignore_class);
 
 /**
- * Track one frame. Must not overlap in time with any other zel_tracker_process() call of the process, on any handle.
+ * Track one frame. No other call of zel_tracker_process(), on any handle, must begin before this one has returned.
  *
  * @param handle  From zel_tracker_create().
  * @param input   The detections, never null: rows of { class, smaller x, smaller y, larger x, larger y, score }, ended
@@ -102,12 +116,15 @@ ZEL_API void zel_tracker_set_params(void* handle, float euc_thresh, float iou_th
  *                If fewer than nmaxobjs rows are written, the first float of the row behind them is -1.0 and the
  *                rest of the array is left unchanged. It must not overlap input.
  *
+ * Each detection is compared with the track that is predicted nearest to it, and with no other.
+ *
  * Identifiers count 1, 2, ... to 1048574 and then start again at 1. They are the handle's own: two handles give the
  * same ones.
  *
- * A confirmed track without a detection is reported for two more frames: its last element is then -1.0, its box stays
- * at the last corrected one, class and score are those of its last detection. From the third missed frame on it is
- * kept, but reported again only when it is matched again, under the same identifier.
+ * A confirmed track without a detection is reported for up to two more frames (one if fcnt_removal is 1): its last
+ * element is then -1.0, its box stays at the last corrected one, class and score are those of its last detection. From
+ * the third missed frame until its removal it is kept, but reported again only when it is matched again, under the same
+ * identifier.
  *
  * A track that cannot be allocated, or that finds nmaxobjs tracks alive, is not started; its detection is dropped. A
  * track whose filter cannot be allocated stays tentative and is confirmed at its next match.
@@ -116,6 +133,8 @@ ZEL_API void zel_tracker_process(void* handle, float (*input)[6], float (*output
 
 /** Free a handle with all its tracks. Null is accepted and does nothing. */
 ZEL_API void zel_tracker_release(void* handle);
+
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -82,6 +82,7 @@ inline bool is_empty(const zel_mat_t* mat)
 
 inline bool has_shape(const zel_mat_t* mat, int rows, int cols)
 {
+    // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): a null where none is allowed is the caller's
     return mat->rows == rows && mat->cols == cols;
 }
 
@@ -160,20 +161,20 @@ inline size_t smaller(size_t x, size_t y)
     return x < y ? x : y;
 }
 
-template <size_t size>
+template <size_t bytes>
 inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
 {
-    for (size_t k = 0; k < cn; ++k, d += size, s += size)
-        memcpy(d, s, size);
+    for (size_t k = 0; k < cn; ++k, d += bytes, s += bytes)
+        memcpy(d, s, bytes);
 }
 
 // Scalars are moved as bytes, whatever they mean: their type is not known here. In square blocks of one cache line of
 // the destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7
 // times as long.
-template <size_t size>
+template <size_t bytes>
 void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
 {
-    constexpr size_t block = 64 / size;
+    constexpr size_t block = 64 / bytes;
     const size_t rows = static_cast<size_t>(src->rows);
     const size_t cols = static_cast<size_t>(src->cols);
     const size_t cn = count_channels(src);
@@ -183,7 +184,7 @@ void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
         for (size_t j0 = 0; j0 < cols; j0 += block)
             for (size_t j = j0; j < smaller(j0 + block, cols); ++j)
                 for (size_t i = i0; i < smaller(i0 + block, rows); ++i)
-                    copy_element<size>(d + (j * rows + i) * cn * size, s + (i * cols + j) * cn * size, cn);
+                    copy_element<bytes>(d + (j * rows + i) * cn * bytes, s + (i * cols + j) * cn * bytes, cn);
 }
 
 // --- printing --------------------------------------------------------------------------------------------------------
@@ -273,15 +274,17 @@ void accumulate(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d, int inner,
 }
 
 // What the sums start from, laid into d.
-void lay_start(from_nothing, const zel_mat_t*, zel_mat_t* d)
+void lay_start(from_nothing, const zel_mat_t*, zel_mat_t* d, int inner)
 {
     zel_mat_setzero(d);
+    if (inner > 0)
+        zel_mat_neg(d, d);  // -0.0, where there is one, leaves a first term of -0.0 as it is
 }
-void lay_start(from_identity, const zel_mat_t*, zel_mat_t* d)
+void lay_start(from_identity, const zel_mat_t*, zel_mat_t* d, int)
 {
     zel_mat_setidentity(d);
 }
-void lay_start(from_matrix, const zel_mat_t* c, zel_mat_t* d)
+void lay_start(from_matrix, const zel_mat_t* c, zel_mat_t* d, int)
 {
     if (!is_empty(d))
         memmove(d->data.p, c->data.p, count_bytes(d));  // the two may be one matrix
@@ -290,7 +293,7 @@ void lay_start(from_matrix, const zel_mat_t* c, zel_mat_t* d)
 template <turned t, sign s, typename Start>
 [[gnu::noinline]] void multiply_any(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d, int inner)
 {
-    lay_start(Start{nullptr, 0}, c, d);
+    lay_start(Start{nullptr, 0}, c, d, inner);  // an empty one, to pick the start by its type
     accumulate(a, b, d, inner, t, s);
 }
 
@@ -316,10 +319,6 @@ inline bool is_single_channel(const zel_mat_t* mat)
 {
     return ZEL_MAT_CN(mat->type) == 1;
 }
-
-// --- inverse ---------------------------------------------------------------------------------------------------------
-
-constexpr int max_inverse_rows = 40;
 
 // --- 3 x 3 -----------------------------------------------------------------------------------------------------------
 
@@ -427,7 +426,7 @@ void zel_mat_neg(zel_mat_t* src, zel_mat_t* dst)
     by_depth(dst->type, [=](auto zero) {
         using T = decltype(zero);
         each_scalar(
-            count_scalars(dst), [](auto x) { return -x; }, scalars<T>(dst), scalars<T>(src));
+            count_scalars(dst), [](auto x) { return negated(x); }, scalars<T>(dst), scalars<T>(src));
     });
 }
 
@@ -503,10 +502,13 @@ void zel_mat_print(char* name, zel_mat_t* mat)
 
 // --- products --------------------------------------------------------------------------------------------------------
 
+// The sizes with kernels of their own are those of the steps of a filter of 8 states and 4 measurements.
+
 void zel_mat_mul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst, int flags)
 {
     if (!is_single_channel(src1) || src2->type != src1->type || dst->type != src1->type)
         return;
+    // the sizes: A P' and (I - K H) P', P H', (P H') (S^-1)'; A x
     if (flags & ZEL_MAT_TRANS_SRC1)
         multiply<turned::first, sign::plus, from_nothing>(src1, src2, nullptr, dst);
     else if (flags & ZEL_MAT_TRANS_SRC2)
@@ -520,6 +522,7 @@ void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
 {
     if (!is_single_channel(src1) || src2->type != src1->type || src3->type != src1->type || dst->type != src1->type)
         return;
+    // the sizes: (A P') A' + Q; H (P H') + R, K y + x
     if (flags & ZEL_MAT_TRANS_SRC2)
         multiply<turned::second, sign::plus, from_matrix, sizes<8, 8, 8>>(src1, src2, src3, dst);
     else
@@ -531,6 +534,7 @@ void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
     if (!is_single_channel(src2) || (src1 && src1->type != src2->type) || src3->type != src2->type ||
         dst->type != src2->type)
         return;
+    // the sizes: I - K H; z - H x
     if (flag & ZEL_MAT_FROM_IDENTITY)
         multiply<turned::none, sign::minus, from_identity, sizes<8, 4, 8>>(src2, src3, nullptr, dst);
     else
@@ -543,10 +547,11 @@ void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
 // every update is computed in double and rounded once. Only a pivot of exactly zero exchanges rows.
 static int _matinv_nxn(int n, float* A, float* inv)
 {
-    static float W[max_inverse_rows][2 * max_inverse_rows];
-    static float tmp[2 * max_inverse_rows];
+    constexpr int max_rows = 40;
+    static float W[max_rows][2 * max_rows];
+    static float tmp[2 * max_rows];
 
-    if (n > max_inverse_rows)
+    if (n > max_rows)
         return -1;
     const int n2 = 2 * n;
     const size_t row = sizeof(float) * static_cast<size_t>(n > 0 ? n : 0);

@@ -30,28 +30,19 @@ namespace {
 
 // --- what differs between processors ---------------------------------------------------------------------------------
 
-// Floats in the widest register.
+struct processor {
+    int widest;               // floats in a register
+    bool multiplies_by_lane;  // a scalar factor comes from a lane of a register that was loaded for four
+    bool turns_by_dots;       // b is read transposed by dot products, whose lanes are summed up at the end
+};
 #if defined(__AVX__)
-constexpr int widest = 8;
+constexpr processor target = {8, false, false};  // spreads a scalar over a register while it loads it
+#elif defined(__SSE2__)
+constexpr processor target = {4, false, true};  // needs a shuffle for each factor, and so saves them
 #else
-constexpr int widest = 4;
+constexpr processor target = {4, true, false};
 #endif
-
-// Where one scalar becomes a factor of a vector: the target multiplies by a lane of a register, AVX spreads a scalar
-// while it loads it, and SSE needs a shuffle each time.
-#if defined(__AVX__) || defined(__SSE2__)
-constexpr bool multiplies_by_lane = false;
-#else
-constexpr bool multiplies_by_lane = true;
-#endif
-
-// With a shuffle for each factor, dot products whose lanes are summed up at the end are cheaper than transposing a
-// factor.
-#if defined(__SSE2__) && !defined(__AVX__)
-constexpr bool turns_by_dots = true;
-#else
-constexpr bool turns_by_dots = false;
-#endif
+constexpr int widest = target.widest;
 
 // --- vectors ---------------------------------------------------------------------------------------------------------
 
@@ -100,7 +91,7 @@ inline void unroll(F f)
 template <int l>
 inline auto lane(vec<4> v)
 {
-    if constexpr (multiplies_by_lane)
+    if constexpr (target.multiplies_by_lane)
         return v[l];
     else
         return __builtin_shufflevector(v, v, l, l, l, l);
@@ -222,8 +213,8 @@ inline void multiply_block(const f32_t* a, strides at, const f32_t* b, f32_t* d,
         unroll<n>([&](auto v) { y[v] = load<w>(b + k * pitch + j + v * w); });
         unroll<R>([&](auto r) { unroll<n>([&](auto v) { add_term<s>(sum[r][v], y[v], factor(r)); }); });
     };
-    const int fours = multiplies_by_lane && at.inner == 1 ? inner / 4 * 4 : 0;
-    if constexpr (multiplies_by_lane)
+    const int fours = target.multiplies_by_lane && at.inner == 1 ? inner / 4 * 4 : 0;
+    if constexpr (target.multiplies_by_lane)
         for (int k = 0; k < fours; k += 4) {
             vec<4> x[R];
             unroll<R>([&](auto r) { x[r] = load<4>(a + (i + r) * at.row + k); });
@@ -337,7 +328,7 @@ inline void multiply_turned_block(const f32_t* a, const f32_t* b, f32_t* d, size
             const f32_t* x = a + (i + r) * K + k;
             unroll<4>([&](auto l) {
                 unroll<n>([&](auto v) {
-                    if constexpr (multiplies_by_lane)
+                    if constexpr (target.multiplies_by_lane)
                         sum[r][v] += y[v][l] * lane<l>(load<4>(x));
                     else
                         sum[r][v] += y[v][l] * x[l];
@@ -363,14 +354,15 @@ inline void multiply_dot_columns(M rows, size<K>, N cols, const f32_t* a, const 
     }
 }
 
-// For sizes that are constants and multiples of four.
+// For constant sizes that whole blocks fill.
 template <typename Start, typename M, typename K, typename N>
 inline void multiply_turned(M rows, K inner, N cols, const f32_t* a, const f32_t* b, f32_t* d, Start start)
 {
     constexpr int w = cols < widest ? 4 : widest;
     constexpr int n = cols / w < 8 / w ? cols / w : 8 / w;
+    static_assert(rows % 8 == 0 && inner % 4 == 0 && cols % (n * w) == 0, "the blocks must fill the result");
     for (int j = 0; j < cols; j += n * w)
-        if constexpr (turns_by_dots)
+        if constexpr (target.turns_by_dots)
             unroll<n>([&](auto v) { multiply_dot_columns(rows, inner, cols, a, b, d, start, j + v * w); });
         else
             for (int i = 0; i < rows; i += 8)
@@ -425,7 +417,7 @@ inline void add_dots(const f32_t* a, const f32_t* b, f32_t* d, ptrdiff_t inner, 
 enum class turned { none, first, second };
 
 // d +-= a * b for any sizes, in parts of so many rows and terms that what a part reads again stays in the first-level
-// cache; of rows of b that lie a multiple of 512 bytes apart, only every eighth set of it can hold any.
+// cache. Rows of b a multiple of 512 bytes apart share an eighth of its sets, so that fewer of them fit.
 template <turned t, sign s>
 [[gnu::noinline, gnu::flatten]] void accumulate_rows_f32(const f32_t* a, const f32_t* b, f32_t* d, int rows, int inner,
                                                          int cols)
@@ -444,7 +436,7 @@ template <turned t, sign s>
         }
 }
 
-// Sizes in one number; 0 if one of them is above 15.
+// Sizes in one number; 0 if one of them is negative or above 15.
 constexpr int code_of(int rows, int inner, int cols)
 {
     return ((rows | inner | cols) & ~15) == 0 ? rows << 8 | inner << 4 | cols : 0;
@@ -458,6 +450,7 @@ struct sizes {
     template <turned t, sign s, typename Start>
     [[gnu::noinline, gnu::flatten]] static void run(const f32_t* a, const f32_t* b, const f32_t* c, f32_t* d)
     {
+        static_assert(t != turned::first, "there is no kernel with the first factor transposed");
         const Start start{c, N};
         if constexpr (t == turned::second)
             multiply_turned(size<M>(), size<K>(), size<N>(), a, b, d, start);
@@ -497,13 +490,13 @@ inline void multiply_f32(const f32_t* a, const f32_t* b, const f32_t* c, f32_t* 
 typedef f64_t pair __attribute__((vector_size(16)));
 typedef f32_t float_pair __attribute__((vector_size(8)));
 
-inline float_pair narrowed(pair v)
+inline float_pair as_floats(pair v)
 {
     return __builtin_convertvector(v, float_pair);
 }
 
 // For the target GCC 12 forms the portable conversion from scalar ones, a third of the instructions of the inverse.
-inline pair widened(float_pair v)
+inline pair as_doubles(float_pair v)
 {
 #if defined(__aarch64__)
     return static_cast<pair>(vcvt_f64_f32(static_cast<float32x2_t>(v)));
@@ -519,7 +512,7 @@ inline pair rounded(pair v)
 #if defined(__SSE2__)
     return _mm_cvtps_pd(_mm_cvtpd_ps(v));
 #else
-    return widened(narrowed(v));
+    return as_doubles(as_floats(v));
 #endif
 }
 
@@ -532,7 +525,7 @@ inline pair rounded(pair v)
         unroll<2>([&](auto v) {
             float_pair half;
             memcpy(&half, A + i * 4 + v * 2, sizeof(half));
-            w[i][v] = widened(half);
+            w[i][v] = as_doubles(half);
             w[i][2 + v] = pair{i == v * 2 ? 1.0 : 0.0, i == v * 2 + 1 ? 1.0 : 0.0};
         });
     });
@@ -557,15 +550,15 @@ inline pair rounded(pair v)
     });
     if (!regular)
         return false;
-    // What elimination leaves of a column hardly ever changes an earlier pivot, so that its division need not come
-    // last.
+    // 1 / pivot was formed with the ratios, off the critical chain. What rounding leaves of a column seldom changes an
+    // earlier pivot; only then is it divided again.
     unroll<3>([&](auto i) {
         if (diagonal(i) != pivot[i])
             scale[i] = 1.0 / diagonal(i);
     });
     unroll<4>([&](auto i) {
-        const float_pair low = narrowed(w[i][2] * scale[i]);
-        const float_pair high = narrowed(w[i][3] * scale[i]);
+        const float_pair low = as_floats(w[i][2] * scale[i]);
+        const float_pair high = as_floats(w[i][3] * scale[i]);
         // a whole row: products read it so, and a load that takes from two stores has to wait for both
         store<4>(inv + i * 4, __builtin_shufflevector(low, high, 0, 1, 2, 3));
     });

@@ -219,23 +219,22 @@ struct track_block {
     int count;
 };
 
-typedef float float_group __attribute__((vector_size(16)));
-typedef int int_group __attribute__((vector_size(16)));
-static constexpr int lanes_per_vector = 4;
+typedef float float4 __attribute__((vector_size(16)));
+typedef int int4 __attribute__((vector_size(16)));
 
 // The squared distances of a group of centres, and whether any is below mind. It is the only place that computes one:
 // written twice, the two might be fused differently, and a tie would no longer be one.
 static bool any_nearer(const float* x, const float* y, const det_obj_t* det, float mind, float* d)
 {
-    int_group nearer = {};
-    for (int l = 0; l < group_size; l += lanes_per_vector) {
-        float_group px;
-        float_group py;
+    int4 nearer = {};
+    for (int l = 0; l < group_size; l += 4) {
+        float4 px;
+        float4 py;
         memcpy(&px, x + l, sizeof(px));
         memcpy(&py, y + l, sizeof(py));
-        const float_group dx = px - det->x;
-        const float_group dy = py - det->y;
-        const float_group distance = dx * dx + dy * dy;
+        const float4 dx = px - det->x;
+        const float4 dy = py - det->y;
+        const float4 distance = dx * dx + dy * dy;
         nearer |= distance < mind;
         memcpy(d + l, &distance, sizeof(distance));
     }
@@ -310,7 +309,7 @@ static void unmatch(tracker_t* tracker, int n)
     tracker->match_score[n] = 0;
 }
 
-// Detection n claims its nearest track. A detection that is refused or displaced is not tried against any other track.
+// Detection n claims its nearest track. A detection that is refused or displaced gets no second choice.
 static void claim_track(tracker_t* tracker, int n)
 {
     trk_obj_t* obj = tracker->match_obj[n];

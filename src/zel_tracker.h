@@ -64,7 +64,7 @@ typedef struct _tracker_t {
     zel_mat_t* R;
     det_obj_t* cur_obj;
     trk_obj_t** match_obj;
-    // Squared distance to the matched track; the gate where no track was near enough, 0 where one was refused.
+    // Squared distance to the matched track; the gate where none was near enough, 0 where a match was refused or lost.
     float* match_score;
 } tracker_t;
 
