@@ -9,15 +9,9 @@
 #include <string>
 
 #include "failure.h"
+#include "shortest.h"
 
 namespace zeltrack {
-
-template <typename T>
-std::string shortest(T value)
-{
-    char buffer[32];
-    return {buffer, std::to_chars(buffer, buffer + sizeof(buffer), value).ptr};
-}
 
 template <typename T>
 CLI::Validator within(T low, T high)

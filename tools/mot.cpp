@@ -11,11 +11,14 @@
 #include <string_view>
 
 #include "failure.h"
+#include "shortest.h"
 
 namespace zeltrack {
 
 static constexpr std::size_t max_line = 4096;
 static constexpr std::size_t needed_fields = 7;
+
+using field_list = std::vector<std::string_view>;
 
 struct number_column {
     std::size_t index;
@@ -41,7 +44,7 @@ static std::string_view trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-static void split(std::string_view line, std::vector<std::string_view>& fields)
+static void split(std::string_view line, field_list& fields)
 {
     fields.clear();
     for (std::size_t comma; (comma = line.find(',')) != std::string_view::npos; line.remove_prefix(comma + 1))
@@ -100,8 +103,7 @@ static std::optional<std::string> parse_class(std::string_view text, int base, f
                      : found("a class other than -1 (if classes count from 1: --class-base 1)", text);
 }
 
-static std::optional<std::string> parse_row(const std::vector<std::string_view>& fields, const mot_classes& classes,
-                                            mot_row& row)
+static std::optional<std::string> parse_row(const field_list& fields, const mot_classes& classes, mot_row& row)
 {
     const std::size_t class_column = static_cast<std::size_t>(classes.column);
     const std::size_t needed = std::max(needed_fields, class_column);
@@ -121,7 +123,7 @@ template <typename Parse>
 static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_fields, std::vector<mot_row>& rows)
 {
     char buffer[max_line];
-    std::vector<std::string_view> fields;
+    field_list fields;
     std::size_t number = 1;
     for (; in.getline(buffer, sizeof(buffer)); ++number) {
         // the count includes the newline, which only the last line may lack
@@ -141,8 +143,6 @@ static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_f
         return mot_error{number, found("a line of at most 4095 characters", {buffer, max_line - 1})};
     return std::nullopt;
 }
-
-using field_list = std::vector<std::string_view>;
 
 std::optional<mot_error> read_detections(std::istream& in, const mot_classes& classes, std::vector<mot_row>& rows)
 {
@@ -166,22 +166,11 @@ std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows
     return read_rows(in, parse_true_row, rows);
 }
 
-template <typename T>
-static void append_number(std::string& text, T value)
-{
-    char buffer[32];
-    text.append(buffer, std::to_chars(buffer, buffer + sizeof(buffer), value).ptr);
-}
-
 void append_row(std::string& text, const mot_row& row)
 {
-    append_number(text, row.frame);
-    text += ',';
-    append_number(text, row.id);
-    for (const float value : {row.left, row.top, row.width, row.height, row.conf}) {
-        text += ',';
-        append_number(text, value);
-    }
+    text.append(shortest(row.frame)).append(",").append(shortest(row.id));
+    for (const float value : {row.left, row.top, row.width, row.height, row.conf})
+        text.append(",").append(shortest(value));
     text += ",-1,-1,-1\n";
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <utility>
 
 namespace zeltrack {
 

@@ -109,7 +109,8 @@ static std::optional<mot_error> read_named(const std::string& name, const row_re
 {
     if (name == "-")
         return read(std::cin, rows);
-    if (std::filesystem::is_directory(name))
+    std::error_code ignored;  // opening says what is wrong
+    if (std::filesystem::is_directory(name, ignored))
         throw system_failure(name, EISDIR);
     errno = 0;
     std::ifstream file(name, std::ios::binary);

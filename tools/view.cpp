@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -15,6 +14,7 @@
 #include "column.h"
 #include "recorder.h"
 #include "scale.h"
+#include "shortest.h"
 #include "truth.h"
 
 namespace zeltrack {
@@ -96,9 +96,7 @@ public:
     template <typename T>
     void number(std::string_view name, T value)
     {
-        char buffer[32];
-        const char* const end = std::to_chars(buffer, buffer + sizeof(buffer), value).ptr;
-        raw(name, {buffer, static_cast<std::size_t>(end - buffer)});
+        raw(name, shortest(value));
     }
 
     void data(std::string_view name, const column& value) { raw(name, '"' + value.base64() + '"'); }

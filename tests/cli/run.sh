@@ -105,6 +105,13 @@ hostile_files() {
     check "no such file" "1|zeltrack: none.txt: No such file or directory" "$status|$err"
     run track "$(printf 'two\nlines')"
     check "a name of two lines" "1|zeltrack: two\\x0alines: No such file or directory" "$status|$err"
+    run track "$(printf '%05000d' 0)"
+    check "a name too long" "1|zeltrack: $(printf '%05000d' 0): File name too long" "$status|$err"
+    printf '1,-1,10,20,30,40,0.5\n' >in.txt
+    printf '1,1,10,20,30,40,1\n1,1.5,10,20,30,40,1\n' >truth.txt
+    run view in.txt --gt truth.txt -o page.html
+    check "an identifier of the truth" '1|zeltrack: truth.txt:2: expected an identifier as a whole number, found "1.5"|' \
+        "$status|$err|$(find . -name page.html)"
     printf 'x' | zeltrack track - 2>stderr
     check "standard input named" "zeltrack: standard input:1: expected 7 fields or more, found 1" "$(cat stderr)"
 }
@@ -118,7 +125,7 @@ lines() {
 # --- wrong usage -----------------------------------------------------------------------------------------------------
 
 usage() {
-    printf '1,-1,10,20,30,40,0.5\n' >in.txt
+    printf '1,-1,10,20,30,40,0.5\n' | tee in.txt >truth.txt
     printf 'iou = 7\n' >range.toml
     printf 'speed = 7\n' >unknown.toml
     while IFS='|' read -r name arguments; do
@@ -139,6 +146,7 @@ beyond int|track --stable 99999999999 in.txt
 no scale|track --scale 0 in.txt
 neither a scale nor auto|track --scale automatic in.txt
 no capacity|track --max-objects 0 in.txt
+no page|view in.txt
 given twice|track --iou 0.1 --iou 0.2 in.txt
 no configuration|track --config none.toml in.txt
 range in a configuration|track --config range.toml in.txt
@@ -149,8 +157,12 @@ negative seed|synth --seed -1
 END
     run track in.txt -o in.txt
     check "input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
+    run view in.txt --gt truth.txt -o truth.txt
+    check "truth as page" "2|zeltrack: truth.txt: expected an output other than the input" "$status|$err"
+    run view - --gt - -o page.html
+    check "standard input twice" "2|zeltrack: --gt: expected a file other than that of the detections" "$status|$err"
     check "input kept" "1,-1,10,20,30,40,0.5" "$(cat in.txt)"
-    for command in "" track synth; do
+    for command in "" track view synth; do
         run $command --help
         check "help of '$command'" "0||1" "$status|$err|$(grep -c '^Exit status: 0' stdout)"
     done
