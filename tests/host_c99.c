@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /* A host in C that uses every layer through the shared library. Exit status 0 if all came out right. */
 #include <stddef.h>
+#include <string.h>
 #include <zel/_libzel.h>
 
 static int tracks_one_object(void)
@@ -35,6 +36,7 @@ int main(void)
 {
     zel_kalman_t* kalman = zel_kalman_create(3, 2, 0, NULL, NULL, NULL, NULL);
     const int made = kalman != NULL;
+    const int fits = strcmp(zel_version(), ZEL_VERSION_STRING) == 0;
     zel_kalman_release(kalman);
-    return !(made && tracks_one_object() && inverts());
+    return !(made && fits && tracks_one_object() && inverts());
 }

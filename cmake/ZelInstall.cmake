@@ -1,0 +1,28 @@
+# What `cmake --install` lays down, in the three parts that become Debian packages: the shared library, what a developer
+# needs, and the command.
+include(CMakePackageConfigHelpers)
+set(ZEL_CONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/zel)
+
+install(TARGETS zel zel_static EXPORT zelTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_runtime NAMELINK_COMPONENT zel_development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_development)
+install(FILES src/libzel.h src/_libzel.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zel COMPONENT zel_development)
+
+# The package of CMake. It stays where the library is, so that a tree may be moved.
+install(EXPORT zelTargets NAMESPACE zel:: DESTINATION ${ZEL_CONFIG_DIR} COMPONENT zel_development)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/zelConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES cmake/zelConfig.cmake ${PROJECT_BINARY_DIR}/zelConfigVersion.cmake
+  DESTINATION ${ZEL_CONFIG_DIR} COMPONENT zel_development)
+
+# That of pkg-config, which finds the tree from its own place.
+file(RELATIVE_PATH ZEL_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" ZEL_PC_PREFIX ${ZEL_PC_PREFIX})
+configure_file(cmake/zel.pc.in ${PROJECT_BINARY_DIR}/zel.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/zel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT zel_development)
+
+if(ZEL_BUILD_TOOLS)
+  install(TARGETS zeltrack DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT zel_tools)
+  install(FILES docs/zeltrack.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT zel_tools)
+endif()
+
+include(ZelPackages)
