@@ -5,40 +5,23 @@
 // the terms make them so. Data are exactly as long as their matrices, so that the address sanitizer sees the first byte
 // too many.
 #include <fuzzer/FuzzedDataProvider.h>
-#include <zel/_libzel.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
-#include <memory>
-#include <random>
-#include <type_traits>
-#include <vector>
 
+#include "matrices.h"
 #include "require.h"
 
 namespace {
 
-using random_bits = std::minstd_rand;
-
 // --- operands --------------------------------------------------------------------------------------------------------
 
-template <typename T>
-constexpr int depth_of()
-{
-    if (sizeof(T) < 4)
-        return (sizeof(T) == 1 ? ZEL_U08 : ZEL_U16) + std::is_signed_v<T>;
-    return (sizeof(T) == 4 ? ZEL_S32 : ZEL_S64) + std::is_floating_point_v<T>;
-}
-
 // Floats have few bits, so that most results are exact, and no two terms overflow that are finite themselves.
-template <typename T>
-T any_scalar(random_bits& random, bool special)
+template <typename T, bool special>
+T any_scalar(random_bits& random)
 {
     if constexpr (std::is_integral_v<T>) {
-        return static_cast<T>((std::uint64_t{random()} << 33U) ^ (std::uint64_t{random()} << 11U) ^ random());
+        return static_cast<T>(random());
     } else {
         using limits = std::numeric_limits<T>;
         const T specials[] = {limits::quiet_NaN(), limits::infinity(), -limits::infinity(), limits::denorm_min(),
@@ -51,22 +34,21 @@ T any_scalar(random_bits& random, bool special)
 }
 
 template <typename T>
-struct matrix {
-    matrix(int rows, int cols, int cn, random_bits& random, bool special)
-        : size(static_cast<std::size_t>(rows * cols * cn)), data(new T[size])
-    {
-        zel_mat_initheader(&mat, rows, cols, ZEL_MAT_TYPE(depth_of<T>(), cn), data.get());
-        std::generate(data.get(), data.get() + size, [&] { return any_scalar<T>(random, special); });
-    }
-    T at(int i, int j, int k = 0) const { return data[static_cast<std::size_t>((i * mat.cols + j) * cn() + k)]; }
-    int cn() const { return ZEL_MAT_CN(mat.type); }
-    std::vector<T> copy() const { return {data.get(), data.get() + size}; }
-    bool holds(const T* values) const { return size == 0 || std::memcmp(data.get(), values, size * sizeof(T)) == 0; }
+using generator = T (*)(random_bits&);
 
-    zel_mat_t mat;
-    std::size_t size;
-    std::unique_ptr<T[]> data;
+template <typename T>
+struct drawn : matrix<T> {
+    drawn(int rows, int cols, int cn, random_bits& random, generator<T> value) : matrix<T>(rows, cols, cn)
+    {
+        this->fill(random, value);
+    }
 };
+
+template <typename T>
+bool same(const std::vector<T>& x, const std::vector<T>& y)
+{
+    return std::equal(x.begin(), x.end(), y.begin(), y.end(), same_bits<T>);
+}
 
 // --- the model -------------------------------------------------------------------------------------------------------
 
@@ -107,11 +89,11 @@ typename expectation<T>::wide wide(T value)
 
 // Calls expected(i, j, k) for every scalar of d.
 template <typename T, typename F>
-void require_each(const matrix<T>& d, const F& expected)
+void require_each(matrix<T>& d, const F& expected)
 {
     for (int i = 0; i < d.mat.rows; ++i)
         for (int j = 0; j < d.mat.cols; ++j)
-            for (int k = 0; k < d.cn(); ++k)
+            for (int k = 0; k < ZEL_MAT_CN(d.mat.type); ++k)
                 require(expected(i, j, k).met_by(d.at(i, j, k)), "scalar as in the model");
 }
 
@@ -141,21 +123,20 @@ void spoil(const std::vector<zel_mat_t*>& mats, FuzzedDataProvider& in)
     }
 }
 
-// Runs the call, and once more with spoilt headers, when it must change nothing.
+// Now and then runs the call with spoilt headers, when it must change nothing.
 template <typename T, typename F>
-void run(const std::vector<zel_mat_t*>& mats, matrix<T>& d, FuzzedDataProvider& in, const F& call)
+void run_spoilt(const std::vector<zel_mat_t*>& mats, const matrix<T>& d, FuzzedDataProvider& in, const F& call)
 {
-    call();
     if (!in.ConsumeBool())
         return;
-    const auto before = d.copy();
+    const auto before = d.data;
     std::vector<zel_mat_t> fitting(mats.size());
     std::transform(mats.begin(), mats.end(), fitting.begin(), [](const zel_mat_t* mat) { return *mat; });
     spoil(mats, in);
     call();
     for (std::size_t n = 0; n < mats.size(); ++n)
         *mats[n] = fitting[n];
-    require(d.holds(before.data()), "left unchanged");
+    require(same(d.data, before), "left unchanged");
 }
 
 // --- products --------------------------------------------------------------------------------------------------------
@@ -168,86 +149,67 @@ int any_size(FuzzedDataProvider& in)
 }
 
 template <typename T>
-void multiply(FuzzedDataProvider& in, random_bits& random, bool special)
+expectation<T> expected_product(const form& f, operands<T>& o, int i, int j)
 {
-    enum { mul, muladd, submul } const function = in.PickValueInArray({mul, muladd, submul});
-    const int flags = in.ConsumeIntegralInRange(0, 31);
-    const bool trans_a = function == mul && flags & ZEL_MAT_TRANS_SRC1;
-    const bool trans_b = function != submul && !trans_a && flags & ZEL_MAT_TRANS_SRC2;
-    const bool from_identity = function == submul && flags & ZEL_MAT_FROM_IDENTITY;
-    const int m = any_size(in), inner = any_size(in), n = any_size(in);
-    matrix<T> a(trans_a ? inner : m, trans_a ? m : inner, 1, random, special);
-    matrix<T> b(trans_b ? n : inner, trans_b ? inner : n, 1, random, special);
-    matrix<T> c(m, n, 1, random, special), other(m, n, 1, random, special);
-    const auto start = c.copy();
-    matrix<T>& d = function != mul && !from_identity && in.ConsumeBool() ? c : other;
+    expectation<T> e;
+    if (f.from != start::zero)
+        e.add(f.from == start::identity ? i == j : wide(o.c.at(i, j)));
+    for (int k = 0; k < o.inner; ++k) {
+        const auto x = wide(f.trans_a ? o.a.at(k, i) : o.a.at(i, k)), y = wide(f.trans_b ? o.b.at(j, k) : o.b.at(k, j));
+        e.add(f.function == call::submul ? 0 - x * y : x * y);
+    }
+    return e;
+}
 
-    std::vector<zel_mat_t*> mats = {&a.mat, &b.mat, &d.mat};
-    if (function != mul && !from_identity)
-        mats.push_back(&c.mat);
-    bool checked = false;
-    run(mats, d, in, [&] {
-        if (function == mul)
-            zel_mat_mul(&a.mat, &b.mat, &d.mat, flags);
-        else if (function == muladd)
-            zel_mat_muladd(&a.mat, &b.mat, &c.mat, &d.mat, flags);
-        else
-            zel_mat_submul(from_identity ? nullptr : &c.mat, &a.mat, &b.mat, &d.mat, flags);
-        if (checked)
-            return;
-        checked = true;
-        require_each(d, [&](int i, int j, int) {
-            expectation<T> e;
-            if (from_identity)
-                e.add(i == j);
-            else if (function != mul)
-                e.add(wide(start[static_cast<std::size_t>(i * n + j)]));
-            for (int k = 0; k < inner; ++k) {
-                const auto term = wide(trans_a ? a.at(k, i) : a.at(i, k)) * wide(trans_b ? b.at(j, k) : b.at(k, j));
-                e.add(function == submul ? 0 - term : term);
-            }
-            return e;
-        });
-    });
+template <typename T>
+void multiply(FuzzedDataProvider& in, random_bits& random, generator<T> value)
+{
+    const form& f = in.PickValueInArray(forms);
+    const int m = any_size(in), inner = any_size(in), n = any_size(in);
+    operands<T> o(f, m, inner, n);
+    o.fill(random, value);
+    std::vector<expectation<T>> expected;
+    for (int t = 0; t < m * n; ++t)
+        expected.push_back(expected_product(f, o, t / n, t % n));
+    matrix<T>& d = f.from == start::third && in.ConsumeBool() ? o.c : o.d;
+    std::vector<zel_mat_t*> mats = {o.a, o.b, d};
+    if (f.from == start::third)
+        mats.push_back(o.c);
+    run(f, o.a, o.b, o.c, d);
+    require_each(d, [&](int i, int j, int) { return expected[static_cast<std::size_t>(i * n + j)]; });
+    run_spoilt(mats, d, in, [&] { run(f, o.a, o.b, o.c, d); });
 }
 
 // --- inverse ---------------------------------------------------------------------------------------------------------
 
 // With a one added at the end of the diagonal the elimination computes the same values in another kernel.
-void require_same_bordered(const matrix<f32_t>& src, const matrix<f32_t>& inverse)
+void require_same_bordered(matrix<f32_t>& src, matrix<f32_t>& inverse)
 {
     const int n = src.mat.rows;
-    random_bits none(1);
-    matrix<f32_t> bordered(n + 1, n + 1, 1, none, false);
+    matrix<f32_t> bordered(n + 1, n + 1);
     for (int i = 0; i <= n; ++i)
         for (int j = 0; j <= n; ++j)
-            bordered.data[static_cast<std::size_t>(i * (n + 1) + j)] =
-                i < n && j < n ? src.at(i, j) : static_cast<float>(i == j);
-    zel_mat_inv(&bordered.mat, &bordered.mat);
+            bordered.at(i, j) = i < n && j < n ? src.at(i, j) : static_cast<float>(i == j);
+    zel_mat_inv(bordered, bordered);
     for (int i = 0; i < n; ++i)
         for (int j = 0; j < n; ++j)
             require(inverse.at(i, j) == bordered.at(i, j), "the same within a larger matrix");
 }
 
-bool is_finite(const matrix<f32_t>& mat)
-{
-    return std::all_of(mat.data.get(), mat.data.get() + mat.size, [](float value) { return std::isfinite(value); });
-}
-
 // A matrix that has a large element in each row and column, and only there, is inverted well without pivoting.
-void invert(FuzzedDataProvider& in, random_bits& random, bool special)
+void invert(FuzzedDataProvider& in, random_bits& random, generator<f32_t> value)
 {
     const int n = in.ConsumeBool() ? 4 : in.ConsumeIntegralInRange(0, 44);
-    matrix<f32_t> src(n, n, 1, random, special), dst(n, n, 1, random, false);
-    const bool dominant = in.ConsumeBool() && !special;
+    drawn<f32_t> src(n, n, 1, random, value), dst(n, n, 1, random, any_scalar<f32_t, false>);
+    const bool special = value == any_scalar<f32_t, true>, dominant = in.ConsumeBool() && !special;
     for (int i = 0; dominant && i < n; ++i)
-        src.data[static_cast<std::size_t>(i * n + i)] = static_cast<float>(40 * n);
-    const auto before = src.copy(), left = dst.copy();
-    const int result = zel_mat_inv(&src.mat, &dst.mat);
+        src.at(i, i) = static_cast<float>(40 * n);
+    const auto before = src.data, left = dst.data;
+    const int result = zel_mat_inv(src, dst);
     require(result == (n > 40 ? -1 : 0), "refused for its size alone");
-    require(src.holds(before.data()), "source unchanged");
+    require(same(src.data, before), "source unchanged");
     if (result != 0)
-        return require(dst.holds(left.data()), "left unchanged");
+        return require(same(dst.data, left), "left unchanged");
     for (int i = 0; dominant && i < n; ++i)
         for (int j = 0; j < n; ++j) {
             float sum = 0;
@@ -255,33 +217,35 @@ void invert(FuzzedDataProvider& in, random_bits& random, bool special)
                 sum += src.at(i, k) * dst.at(k, j);
             require(std::fabs(sum - (i == j ? 1.0F : 0.0F)) < 1e-4F, "inverse");
         }
-    if (n < 40 && !special && is_finite(dst))
+    const auto finite = [](float x) { return std::isfinite(x); };
+    if (n < 40 && !special && std::all_of(dst.data.begin(), dst.data.end(), finite))
         require_same_bordered(src, dst);
-    zel_mat_inv(&src.mat, &src.mat);
-    require(dst.holds(src.data.get()), "the same in place");
+    zel_mat_inv(src, src);
+    require(same(dst.data, src.data), "the same in place");
 }
 
 // --- element by element ----------------------------------------------------------------------------------------------
 
 template <typename T>
-void combine(FuzzedDataProvider& in, random_bits& random, bool special)
+void combine(FuzzedDataProvider& in, random_bits& random, generator<T> value)
 {
     enum { neg, scale, add, sub, transpose } const function = in.PickValueInArray({neg, scale, add, sub, transpose});
     const int rows = any_size(in), cols = any_size(in), cn = in.ConsumeBool() ? 1 : in.ConsumeIntegralInRange(1, 32);
-    matrix<T> a(rows, cols, cn, random, special), b(rows, cols, cn, random, special);
-    matrix<T> d(function == transpose ? cols : rows, function == transpose ? rows : cols, cn, random, special);
-    T factor = any_scalar<T>(random, special);
-    const auto before = d.copy();
-    std::vector<zel_mat_t*> mats = {&a.mat, &d.mat};
+    drawn<T> a(rows, cols, cn, random, value), b(rows, cols, cn, random, value);
+    drawn<T> d(function == transpose ? cols : rows, function == transpose ? rows : cols, cn, random, value);
+    T factor = value(random);
+    const auto before = d.data;
+    std::vector<zel_mat_t*> mats = {a, d};
     if (function == add || function == sub)
-        mats.push_back(&b.mat);
-    run(mats, d, in, [&] {
-        function == neg     ? zel_mat_neg(&a.mat, &d.mat)
-        : function == scale ? zel_mat_scale(&factor, &a.mat, &d.mat)
-        : function == add   ? zel_mat_add(&a.mat, &b.mat, &d.mat)
-        : function == sub   ? zel_mat_sub(&a.mat, &b.mat, &d.mat)
-                            : zel_mat_transpose(&a.mat, &d.mat);
-    });
+        mats.push_back(b);
+    const auto call = [&] {
+        function == neg     ? zel_mat_neg(a, d)
+        : function == scale ? zel_mat_scale(&factor, a, d)
+        : function == add   ? zel_mat_add(a, b, d)
+        : function == sub   ? zel_mat_sub(a, b, d)
+                            : zel_mat_transpose(a, d);
+    };
+    call();
     require_each(d, [&](int i, int j, int k) {
         if (function == transpose)
             return just<T>(wide(a.at(j, i, k)));
@@ -293,6 +257,7 @@ void combine(FuzzedDataProvider& in, random_bits& random, bool special)
                        : function == add   ? x + y
                                            : x - y);
     });
+    run_spoilt(mats, d, in, call);
 }
 
 template <typename T>
@@ -300,13 +265,13 @@ void fill(FuzzedDataProvider& in, random_bits& random)
 {
     enum { identity, diagonal, zero, one } const function = in.PickValueInArray({identity, diagonal, zero, one});
     const int rows = any_size(in), cols = any_size(in), cn = in.ConsumeIntegralInRange(1, 32);
-    matrix<T> d(rows, cols, cn, random, false);
-    matrix<T> values(1, std::min(rows, cols), 1, random, false);
-    const auto before = d.copy();
-    function == identity   ? zel_mat_setidentity(&d.mat)
-    : function == diagonal ? zel_mat_setdiagonal(values.data.get(), &d.mat)
-    : function == zero     ? zel_mat_setzero(&d.mat)
-                           : zel_mat_setone(&d.mat);
+    drawn<T> d(rows, cols, cn, random, any_scalar<T, false>);
+    drawn<T> values(1, std::min(rows, cols), 1, random, any_scalar<T, false>);
+    const auto before = d.data;
+    function == identity   ? zel_mat_setidentity(d)
+    : function == diagonal ? zel_mat_setdiagonal(values.data.data(), d)
+    : function == zero     ? zel_mat_setzero(d)
+                           : zel_mat_setone(d);
     require_each(d, [&](int i, int j, int k) {
         if (function == zero || function == one)
             return just<T>(function == one);
@@ -325,11 +290,11 @@ void call_one(FuzzedDataProvider& in)
     case 0:
         return fill<T>(in, random);
     case 1:
-        return combine<T>(in, random, special);
+        return combine<T>(in, random, special ? any_scalar<T, true> : any_scalar<T, false>);
     case 2:
-        return invert(in, random, special);
+        return invert(in, random, special ? any_scalar<f32_t, true> : any_scalar<f32_t, false>);
     default:
-        return multiply<T>(in, random, special);
+        return multiply<T>(in, random, special ? any_scalar<T, true> : any_scalar<T, false>);
     }
 }
 

@@ -4,8 +4,9 @@
 // covariance is far from symmetric, so that it shows which operand is read transposed.
 #include "zel_kalman.cpp"
 
-#include <cmath>
-#include <numeric>
+#include <gtest/gtest.h>
+
+#include <memory>
 
 #include "allocations.h"
 #include "matrices.h"
@@ -24,14 +25,6 @@ std::vector<float> get(const zel_mat_t* mat)
 }
 
 // --- the block -------------------------------------------------------------------------------------------------------
-
-// In the order of the block. s: states, m: measurements.
-const std::pair<zel_mat_t * zel_kalman_t::*, const char*> slots[] = {
-    {&zel_kalman_t::x_pre, "s1"},  {&zel_kalman_t::x_post, "s1"}, {&zel_kalman_t::P_pre, "ss"},
-    {&zel_kalman_t::P_post, "ss"}, {&zel_kalman_t::K, "sm"},      {&zel_kalman_t::temp1, "ss"},
-    {&zel_kalman_t::temp2, "sm"},  {&zel_kalman_t::temp3, "mm"},  {&zel_kalman_t::temp4, "mm"},
-    {&zel_kalman_t::temp5, "m1"},  {&zel_kalman_t::A, "ss"},      {&zel_kalman_t::H, "ms"},
-    {&zel_kalman_t::Q, "ss"},      {&zel_kalman_t::R, "mm"}};
 
 struct block_case {
     const char* name;
@@ -57,16 +50,13 @@ TEST(Block, HoldsAllMatricesBackToBackAndZeroed)
         EXPECT_EQ(allocations::live, live + 1);
         EXPECT_EQ(allocations::requested, sizeof(zel_kalman_t) + c.headers * sizeof(zel_mat_t) + c.floats * 4);
         EXPECT_TRUE(f->ns == c.ns && f->nm == c.nm && f->mbuf == f + 1);
-        const auto size = [&](char code) { return code == 's' ? c.ns : code == 'm' ? c.nm : 1; };
         auto* next = static_cast<unsigned char*>(f->mbuf);
         for (size_t i = 0; i < 14; ++i) {
-            const auto& [field, shape] = slots[i];
-            zel_mat_t* mat = f->*field;
+            zel_mat_t* mat = f->*slot_fields[i];
             ASSERT_EQ(static_cast<void*>(mat), i < c.headers ? static_cast<void*>(next) : &model[i - 10]) << i;
             if (i >= c.headers)
                 continue;
-            EXPECT_TRUE(mat->rows == size(shape[0]) && mat->cols == size(shape[1]) && mat->type == 5) << i;
-            EXPECT_EQ(static_cast<void*>(mat->data.p), mat + 1);
+            EXPECT_TRUE(mat->type == 5 && static_cast<void*>(mat->data.p) == mat + 1) << i;
             const auto values = get(mat);
             EXPECT_EQ(values, std::vector<float>(values.size(), 0));
             next += (sizeof(zel_mat_t) + values.size() * 4 + 7) / 8 * 8;
@@ -96,41 +86,53 @@ TEST(Block, IsRefusedWhenASizeIsNoSizeOrTheWholeDoesNotFit)
 
 // --- prediction and correction ---------------------------------------------------------------------------------------
 
-struct owned_filter {
-    owned_filter(int ns, int nm) : f(zel_kalman_create(ns, nm, 0, nullptr, nullptr, nullptr, nullptr)) {}
-    ~owned_filter() { zel_kalman_release(f); }
-    owned_filter(const owned_filter&) = delete;
-    owned_filter& operator=(const owned_filter&) = delete;
-    zel_kalman_t* operator->() { return f; }
+struct release {
+    void operator()(zel_kalman_t* f) const { zel_kalman_release(f); }
+};
+using owned_filter = std::unique_ptr<zel_kalman_t, release>;
 
-    zel_kalman_t* f;
+// With a model of its own.
+owned_filter make_filter(int ns, int nm)
+{
+    return owned_filter(zel_kalman_create(ns, nm, 0, nullptr, nullptr, nullptr, nullptr));
+}
+
+// Dense matrices in double precision, only as fast as a test needs.
+struct grid {
+    grid(int r, int c) : rows(r), cols(c), v(static_cast<size_t>(r * c)) {}
+    grid(const zel_mat_t* m) : grid(m->rows, m->cols) { std::copy_n(m->data.f, v.size(), v.begin()); }
+    double& at(int i, int j) { return v[static_cast<size_t>(i * cols + j)]; }
+    double at(int i, int j) const { return v[static_cast<size_t>(i * cols + j)]; }
+
+    int rows, cols;
+    std::vector<double> v;
 };
 
-void expect_near(const zel_mat_t* mat, const std::vector<double>& expected, double tolerance = 1e-6)
+void expect_near(const grid& values, const std::vector<double>& expected, double tolerance = 1e-6)
 {
-    ASSERT_EQ(expected.size(), static_cast<size_t>(mat->rows * mat->cols));
+    ASSERT_EQ(values.v.size(), expected.size());
     for (size_t t = 0; t < expected.size(); ++t)
-        EXPECT_NEAR(mat->data.f[t], expected[t], tolerance * (1 + std::abs(expected[t]))) << t;
+        EXPECT_NEAR(values.v[t], expected[t], tolerance * (1 + std::abs(expected[t]))) << t;
 }
 
 TEST(Filter, PositionAndSpeed)
 {
-    owned_filter f(2, 1);
+    const owned_filter f = make_filter(2, 1);
     set(f->A, {1, 1, 0, 1});
     set(f->H, {1, 0});
     set(f->Q, {0.1F, 0, 0, 0.1F});
     set(f->R, {1});
     set(f->x_post, {0, 1});
     set(f->P_post, {1, 0, 0, 1});
-    zel_kalman_predict(f.f);
-    zel_kalman_predict(f.f);  // does not advance by itself
+    zel_kalman_predict(f.get());
+    zel_kalman_predict(f.get());  // does not advance by itself
     expect_near(f->x_pre, {1, 1});
     expect_near(f->P_pre, {2.1, 1, 1, 1.1});
     EXPECT_EQ(get(f->x_post), (std::vector<float>{0, 1}));
     EXPECT_EQ(get(f->P_post), (std::vector<float>{1, 0, 0, 1}));
     const auto prior = get(f->P_pre);
     matrix<f32_t> z(1, 1, 1, {2});
-    zel_kalman_correct(f.f, z);
+    zel_kalman_correct(f.get(), z);
     expect_near(f->temp3, {3.1});
     expect_near(f->K, {0.6774194, 0.3225806});
     expect_near(f->x_post, {1.6774194, 1.3225806});
@@ -141,7 +143,7 @@ TEST(Filter, PositionAndSpeed)
 
 TEST(Filter, UsesTheLastInnovationWhenTheMeasurementDoesNotFit)
 {
-    owned_filter f(2, 1);
+    const owned_filter f = make_filter(2, 1);
     set(f->A, {1, 0, 0, 1});
     set(f->H, {1, 0});
     set(f->R, {1});
@@ -152,7 +154,7 @@ TEST(Filter, UsesTheLastInnovationWhenTheMeasurementDoesNotFit)
     for (zel_mat_t* measurement : {&z.mat, &two.mat, &wide.mat}) {
         set(f->x_pre, {0, 0});
         set(f->P_pre, {1, 0, 0, 1});
-        zel_kalman_correct(f.f, measurement);
+        zel_kalman_correct(f.get(), measurement);
         expect_near(f->temp5, {2});
         expect_near(f->x_post, {1, 0});
     }
@@ -160,74 +162,38 @@ TEST(Filter, UsesTheLastInnovationWhenTheMeasurementDoesNotFit)
 
 TEST(Filter, KeepsThePredictionWhenTheInverseRefuses)
 {
-    owned_filter f(2, 41);
+    const owned_filter f = make_filter(2, 41);
     set(f->x_pre, {3, 4});
     set(f->P_pre, {1, 2, 3, 4});
     std::fill_n(f->H->data.f, 82, 1.0F);
     matrix<f32_t> z(41, 1);
-    zel_kalman_correct(f.f, z);
+    zel_kalman_correct(f.get(), z);
     EXPECT_EQ(get(f->x_post), (std::vector<float>{3, 4}));
     EXPECT_EQ(get(f->P_post), (std::vector<float>{1, 3, 2, 4}));  // transposed
 }
 
-// Dense matrices in double precision, only as fast as a test needs.
-struct grid {
-    grid(int r, int c) : rows(r), cols(c), v(static_cast<size_t>(r * c)) {}
-    explicit grid(const zel_mat_t* m) : grid(m->rows, m->cols) { std::copy_n(m->data.f, v.size(), v.begin()); }
-    double& at(int i, int j) { return v[static_cast<size_t>(i * cols + j)]; }
-    double at(int i, int j) const { return v[static_cast<size_t>(i * cols + j)]; }
-
-    int rows, cols;
-    std::vector<double> v;
-};
-
-// The matrix of f(i, j).
-template <typename F>
-grid make(int rows, int cols, F f)
+// start + factor * a * b
+grid sum(grid start, double factor, const grid& a, const grid& b)
 {
-    grid d(rows, cols);
-    for (int t = 0; t < rows * cols; ++t)
-        d.at(0, t) = f(t / cols, t % cols);
-    return d;
+    for (int i = 0; i < a.rows; ++i)
+        for (int j = 0; j < b.cols; ++j)
+            for (int k = 0; k < a.cols; ++k)
+                start.at(i, j) += factor * a.at(i, k) * b.at(k, j);
+    return start;
 }
 
 grid operator*(const grid& a, const grid& b)
 {
-    return make(a.rows, b.cols, [&](int i, int j) {
-        double sum = 0;
-        for (int k = 0; k < a.cols; ++k)
-            sum += a.at(i, k) * b.at(k, j);
-        return sum;
-    });
+    return sum(grid(a.rows, b.cols), 1, a, b);
 }
 
-grid operator+(const grid& a, const grid& b)
+grid transposed(const grid& a)
 {
-    return make(a.rows, a.cols, [&](int i, int j) { return a.at(i, j) + b.at(i, j); });
-}
-
-grid operator-(const grid& a, const grid& b)
-{
-    return make(a.rows, a.cols, [&](int i, int j) { return a.at(i, j) - b.at(i, j); });
-}
-
-grid transposed(const grid& a, double factor = 1)
-{
-    return make(a.cols, a.rows, [&](int i, int j) { return a.at(j, i) * factor; });
-}
-
-grid identity(int n)
-{
-    return make(n, n, [](int i, int j) { return i == j; });
-}
-
-// Newton's iteration, which has nothing in common with elimination.
-grid inverse(const grid& a)
-{
-    grid x = transposed(a, 1 / std::inner_product(a.v.begin(), a.v.end(), a.v.begin(), 0.0));
-    for (int step = 0; step < 60; ++step)
-        x = x + x * (identity(a.rows) - a * x);
-    return x;
+    grid t(a.cols, a.rows);
+    for (int i = 0; i < a.rows; ++i)
+        for (int j = 0; j < a.cols; ++j)
+            t.at(j, i) = a.at(i, j);
+    return t;
 }
 
 void randomize(zel_mat_t* mat, random_bits& bits, float diagonal = 0)
@@ -236,12 +202,13 @@ void randomize(zel_mat_t* mat, random_bits& bits, float diagonal = 0)
         mat->data.f[t] = random_real<f32_t>(bits) + (t / mat->cols == t % mat->cols ? diagonal : 0);
 }
 
+// The gain is multiplied out instead of dividing: K S' = P_pre H'.
 TEST(Filter, FollowsItsEquationsForAsymmetricCovariancesOfAnySize)
 {
     random_bits bits(1);
     for (const auto& [ns, nm] : {std::pair{1, 1}, {2, 1}, {1, 3}, {3, 2}, {5, 5}, {4, 7}, {8, 4}, {9, 3}, {17, 9}}) {
         SCOPED_TRACE(testing::Message() << ns << " states, " << nm << " measurements");
-        owned_filter f(ns, nm);
+        const owned_filter f = make_filter(ns, nm);
         for (zel_mat_t* mat : {f->A, f->H, f->Q, f->x_post})
             randomize(mat, bits);
         randomize(f->P_post, bits, 2);
@@ -250,16 +217,16 @@ TEST(Filter, FollowsItsEquationsForAsymmetricCovariancesOfAnySize)
         z.fill(bits, random_real<f32_t>);
         const grid A(f->A), H(f->H), Q(f->Q), R(f->R), x(f->x_post), P(f->P_post);
 
-        zel_kalman_predict(f.f);
+        zel_kalman_predict(f.get());
         expect_near(f->x_pre, (A * x).v, 1e-5);
-        expect_near(f->P_pre, (A * transposed(P) * transposed(A) + Q).v, 1e-5);
+        expect_near(f->P_pre, sum(Q, 1, A * transposed(P), transposed(A)).v, 1e-5);
 
-        const grid x_pre(f->x_pre), P_pre(f->P_pre);
-        const grid K = P_pre * transposed(H) * transposed(inverse(H * P_pre * transposed(H) + R));
-        zel_kalman_correct(f.f, z);
-        expect_near(f->K, K.v, 1e-4);
-        expect_near(f->x_post, (x_pre + K * (grid(z) - H * x_pre)).v, 1e-4);
-        expect_near(f->P_post, ((identity(ns) - K * H) * transposed(P_pre)).v, 1e-3);
+        const grid x_pre(f->x_pre), P_pre(f->P_pre), PHt = P_pre * transposed(H);
+        zel_kalman_correct(f.get(), z);
+        const grid K(f->K);
+        expect_near(K * transposed(sum(R, 1, H, PHt)), PHt.v, 1e-4);
+        expect_near(f->x_post, sum(x_pre, 1, K, sum(grid(&z.mat), -1, H, x_pre)).v, 1e-4);
+        expect_near(f->P_post, sum(transposed(P_pre), -1, K * H, transposed(P_pre)).v, 1e-4);
     }
 }
 
