@@ -275,7 +275,8 @@ TEST(Helpers, NegateFlippingTheSignOfZeros)
 {
     float A[3][3] = {{0.0F, 2, 3}, {4, 5, 6}, {7, 8, -0.0F}};
     _matneg_3x3(A);
-    EXPECT_EQ(std::vector<float>(A[0], A[0] + 9), (std::vector<float>{0, -2, -3, -4, -5, -6, -7, -8, 0}));
+    const float* scalars = A[0];
+    EXPECT_EQ(std::vector<float>(scalars, scalars + 9), (std::vector<float>{0, -2, -3, -4, -5, -6, -7, -8, 0}));
     EXPECT_TRUE(std::signbit(A[0][0]) && !std::signbit(A[2][2]));
 }
 

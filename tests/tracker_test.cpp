@@ -52,7 +52,11 @@ struct tracked {
               static_cast<tracker_t*>(zel_tracker_create(640, 480, capacity, euc, iou, stable, removal, ignore_class)))
     {
     }
-    ~tracked() { zel_tracker_release(handle); }
+    ~tracked()
+    {
+        zel_tracker_release(handle);
+        EXPECT_EQ(allocations::live, live);
+    }
     tracked(const tracked&) = delete;
     tracked& operator=(const tracked&) = delete;
     tracker_t* operator->() { return handle; }
@@ -93,6 +97,7 @@ struct tracked {
         return all;
     }
 
+    const int live = allocations::live;  // before the handle is made
     tracker_t* handle;
 };
 
@@ -346,7 +351,7 @@ const life_case lives[] = {
     {"a lower threshold confirms at the next match", 9, 10, "ddd2d", "---1", "1111"},
     {"a lower threshold waits for a match", 9, 10, "ddd2.d", "----1", "11111"},
     {"a higher threshold takes no identifier back", 2, 10, "dd5ddddd", "-111111", "1111111"},
-    {"lowered to one and raised", 3, 3, "d1d9dd....d2d", "-11111---2", "1111111011"},
+    {"a higher threshold leaves it the longer patience", 2, 10, "dd9......d", "-111----1", "111111111"},
 };
 
 TEST(Life, OfOneObject)
