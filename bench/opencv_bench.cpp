@@ -39,6 +39,7 @@ void add_filters(int count)
     const std::string line = std::to_string(count) + (count > 1 ? " filters in turn" : " filter");
     measure(cell("cycle", line, "OpenCV"), [count] {
         std::vector<cv::KalmanFilter> filters;
+        filters.reserve(static_cast<std::size_t>(count));
         for (int n = 0; n < count; ++n)
             filters.push_back(filter_of_model());
         return [filters, next = std::size_t{0}, step = 0]() mutable {

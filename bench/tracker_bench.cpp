@@ -67,8 +67,10 @@ std::vector<frame> circling(int objects)
         std::shuffle(order.begin(), order.end(), random);
         const float angle = 6.2831853F * static_cast<float>(f) / period;
         for (std::size_t n = 0; n < order.size(); ++n) {
-            const float x = spacing * static_cast<float>(order[n] % 32) + radius * std::cos(angle) + noise(random);
-            const float y = spacing * static_cast<float>(order[n] / 32) + radius * std::sin(angle) + noise(random);
+            const int line = order[n] / 32;
+            const int place = order[n] % 32;
+            const float x = spacing * static_cast<float>(place) + radius * std::cos(angle) + noise(random);
+            const float y = spacing * static_cast<float>(line) + radius * std::sin(angle) + noise(random);
             const row_in row = {1.0F, x, y, x + 20.0F, y + 30.0F, 0.9F};
             std::copy(std::begin(row), std::end(row), frames.back()[n]);
         }
