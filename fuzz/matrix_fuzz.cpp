@@ -169,6 +169,7 @@ void multiply(FuzzedDataProvider& in, random_bits& random, generator<T> value)
     operands<T> o(f, m, inner, n);
     o.fill(random, value);
     std::vector<expectation<T>> expected;
+    expected.reserve(static_cast<std::size_t>(m) * static_cast<std::size_t>(n));
     for (int t = 0; t < m * n; ++t)
         expected.push_back(expected_product(f, o, t / n, t % n));
     matrix<T>& d = f.from == start::third && in.ConsumeBool() ? o.c : o.d;

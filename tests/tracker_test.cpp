@@ -158,7 +158,8 @@ TEST(Intake, CutsClassesAsTheTargetDoes)
                                              {2147483648.0F, INT_MAX},
                                              {-3e9F, INT_MIN},
                                              {2147483520.0F, 2147483520},
-                                             {-2147483648.0F, INT_MIN}};
+                                             {-2147483648.0F, INT_MIN},
+                                             {-2147483904.0F, INT_MIN}};  // the next below
     for (const auto& [value, cut] : classes) {
         tracked t(1, 1, 1);
         t.associate({{value}});
