@@ -24,8 +24,8 @@ namespace {
 using input_row = std::array<float, 6>;
 using bytes = std::vector<unsigned char>;
 
-constexpr int most_rows = 150;
-constexpr int most_steps = 40;  // enough for a track's whole life
+constexpr int most_rows = 70;   // more than one block of tracks
+constexpr int most_steps = 24;  // enough for a track's whole life
 constexpr int handle_blocks = 8;
 constexpr unsigned char untouched = 0xab;
 

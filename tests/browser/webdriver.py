@@ -33,7 +33,7 @@ class Browser:
         self.driver = subprocess.Popen(
             [driver, "--port=0"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True
         )
-        self.session = None
+        self.browser = None
         try:
             for line in self.driver.stdout:
                 found = re.search(r"started successfully on port (\d+)", line)
@@ -47,7 +47,7 @@ class Browser:
                 "goog:chromeOptions": {"binary": browser, "args": flags},
                 "goog:loggingPrefs": {"browser": "ALL"},
             }
-            self.session = self._call("POST", "/session", {"capabilities": {"alwaysMatch": options}})["sessionId"]
+            self.browser = self._call("POST", "/session", {"capabilities": {"alwaysMatch": options}})["sessionId"]
             size = {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False}
             self.cdp("Emulation.setDeviceMetricsOverride", **size)
         except BaseException:
@@ -62,7 +62,7 @@ class Browser:
 
     def close(self):
         try:
-            if self.session:
+            if self.browser:
                 self._do("DELETE", "")
         finally:
             self.driver.terminate()
@@ -79,7 +79,7 @@ class Browser:
         return value
 
     def _do(self, method, path, body=None):
-        return self._call(method, f"/session/{self.session}{path}", body)
+        return self._call(method, f"/session/{self.browser}{path}", body)
 
     def open(self, url):
         self._do("POST", "/url", {"url": url})
