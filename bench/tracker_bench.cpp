@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "bench.h"
-#include "scale.h"
-#include "synth.h"
+#include "synth/synth.h"
+#include "track/scale.h"
 
 // What the linker puts in the place of malloc and calloc, for the library's calls alone. The library frees what it
 // allocates, so frees need not be counted.

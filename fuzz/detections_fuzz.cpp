@@ -8,7 +8,7 @@
 #include <limits>
 #include <sstream>
 
-#include "mot.h"
+#include "mot/mot.h"
 #include "require.h"
 
 namespace {

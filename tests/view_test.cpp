@@ -2,7 +2,7 @@
 //
 // What the viewer says of a frame, against the tracker itself: whoever would take a track alone, but not behind others,
 // lost; whoever takes it until others follow, was displaced.
-#include "view.h"
+#include "view/view.h"
 
 #include <gtest/gtest.h>
 #include <zel/libzel.h>
@@ -14,9 +14,9 @@
 #include <random>
 #include <sstream>
 
-#include "column.h"
-#include "recorder.h"
-#include "truth.h"
+#include "view/column.h"
+#include "view/recorder.h"
+#include "view/truth.h"
 
 namespace zeltrack {
 

@@ -6,13 +6,14 @@
 #include <new>
 #include <optional>
 
-#include "command_line.h"
-#include "failure.h"
-#include "output_file.h"
-#include "progress.h"
-#include "synth.h"
-#include "track.h"
-#include "view.h"
+#include "cli/command_line.h"
+#include "cli/failure.h"
+#include "cli/output_file.h"
+#include "cli/progress.h"
+#include "mot/load.h"
+#include "synth/synth.h"
+#include "track/track.h"
+#include "view/view.h"
 
 namespace zeltrack {
 

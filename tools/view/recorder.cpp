@@ -2,7 +2,7 @@
 //
 // The tracker's list, compared with itself from frame to frame. The list stays in the order of birth, and a record is
 // freed only after the new tracks of its frame were made: within one frame an address means one track.
-#include "recorder.h"
+#include "view/recorder.h"
 
 namespace zeltrack {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The texts of errors. File names keep their bytes beyond ASCII, found data does not.
-#include "failure.h"
+#include "cli/failure.h"
 
 #include <system_error>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The two encodings that put data into the page.
-#include "column.h"
+#include "view/column.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The bar is redrawn ten times a second and wiped at the end with blanks, which even the plainest terminal understands.
-#include "progress.h"
+#include "cli/progress.h"
 
 #include <unistd.h>
 

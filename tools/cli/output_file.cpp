@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Whole files or none. The paths to remove on a signal lie in a static table, for a handler may touch little else.
-#include "output_file.h"
+#include "cli/output_file.h"
 
 #include <fcntl.h>
 #include <limits.h>
@@ -15,7 +15,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "failure.h"
+#include "cli/failure.h"
 
 namespace zeltrack {
 

@@ -2,7 +2,7 @@
 //
 // Coding of a recording for the page. Boxes go as whole numbers of a step far below what the eye or the tracker can tell
 // apart; what a track adds to a detection goes as the difference to it, which is small.
-#include "view.h"
+#include "view/view.h"
 
 #include <algorithm>
 #include <cctype>
@@ -11,11 +11,11 @@
 #include <limits>
 #include <string_view>
 
-#include "column.h"
-#include "recorder.h"
-#include "scale.h"
-#include "shortest.h"
-#include "truth.h"
+#include "cli/shortest.h"
+#include "track/scale.h"
+#include "view/column.h"
+#include "view/recorder.h"
+#include "view/truth.h"
 
 namespace zeltrack {
 

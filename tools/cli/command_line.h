@@ -8,8 +8,8 @@
 #include <charconv>
 #include <string>
 
-#include "failure.h"
-#include "shortest.h"
+#include "cli/failure.h"
+#include "cli/shortest.h"
 
 namespace zeltrack {
 

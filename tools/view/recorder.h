@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "fate.h"
+#include "view/fate.h"
 
 namespace zeltrack {
 

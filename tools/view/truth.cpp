@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Pairs of objects and tracks, taken greedily: first those that go on, then by overlap.
-#include "truth.h"
+#include "view/truth.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "track.h"
+#include "track/track.h"
 
 namespace zeltrack {
 

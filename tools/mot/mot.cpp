@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Reading and writing of the MOTChallenge format. Conversions go through <charconv>, so the locale cannot matter.
-#include "mot.h"
+#include "mot/mot.h"
 
 #include <algorithm>
 #include <charconv>
@@ -10,8 +10,8 @@
 #include <limits>
 #include <string_view>
 
-#include "failure.h"
-#include "shortest.h"
+#include "cli/failure.h"
+#include "cli/shortest.h"
 
 namespace zeltrack {
 

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "mot.h"
+#include "mot/mot.h"
 
 namespace CLI {
 class App;

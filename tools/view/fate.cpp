@@ -2,13 +2,13 @@
 //
 // The contest of a frame's detections for the tracks, told again. The outcome is taken from the records, since sums
 // rounded here need not be the tracker's to the last bit.
-#include "fate.h"
+#include "view/fate.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <limits>
 
-#include "scale.h"
+#include "track/scale.h"
 
 namespace zeltrack {
 

@@ -2,14 +2,14 @@
 //
 // Everything random is made of whole numbers: the standard's distributions and most of its mathematics may differ from
 // platform to platform, its engines may not.
-#include "synth.h"
+#include "synth/synth.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "command_line.h"
+#include "cli/command_line.h"
 
 namespace zeltrack {
 

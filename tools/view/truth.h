@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "track.h"
+#include "track/track.h"
 
 namespace zeltrack {
 

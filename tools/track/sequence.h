@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+//
+// The detections of one file, ready for the tracker.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "mot/mot.h"
+#include "track/options.h"
+
+namespace zeltrack {
+
+struct sequence {
+    std::vector<mot_row> rows;  // by frame, within a frame as in the file
+    int frames = 0;             // up to the last one of the file, even if its rows were dropped
+    std::size_t dropped = 0;    // rows below the least confidence
+};
+
+sequence load_sequence(const track_options& options);
+
+// A capacity that no set of live tracks and no frame of the sequence can exceed.
+int ample_capacity(const std::vector<mot_row>& rows, int removal);
+
+}  // namespace zeltrack

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+//
+// Tracking a detection file: one run of the tracker over all frames of a sequence, for every command that tracks. The
+// options are in options.h, loading in sequence.h, a single frame in frame_tracker.h, the outcome in summary.h.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "track/options.h"
+#include "track/sequence.h"
+#include "track/summary.h"
+#include "track/track_row.h"
+
+namespace zeltrack {
+
+// The handle is the tracker's, right after the frame.
+using frame_callback = std::function<void(int frame, const std::vector<track_row>& rows, const void* handle)>;
+
+// Runs the tracker over all frames, empty ones too, and hands on each frame's rows.
+track_summary track_sequence(const sequence& input, const track_options& options, const frame_callback& each);
+
+}  // namespace zeltrack
