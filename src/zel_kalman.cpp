@@ -8,7 +8,7 @@
 #include <stddef.h>
 #include <stdlib.h>
 
-struct _zel_kalman_t {
+struct alignas(8) _zel_kalman_t {
     s32_t ns;
     s32_t nm;
     zel_mat_t* x_pre;
@@ -25,18 +25,35 @@ struct _zel_kalman_t {
     zel_mat_t* H;
     zel_mat_t* Q;
     zel_mat_t* R;
-    void* mbuf;  // the matrices, behind the filter itself
+    void* mbuf;  // the matrices, right after the filter itself
 };
 
-static_assert(sizeof(zel_kalman_t) % alignof(zel_mat_t) == 0, "the first header lies right behind the filter");
+static_assert(sizeof(zel_kalman_t) % alignof(zel_mat_t) == 0, "the first header lies right after the filter");
 
 // The matrices in the order in which they lie in the block; the last four are the model.
+enum dimension { one, states, measurements };
+struct slot {
+    zel_mat_t* zel_kalman_t::*field;
+    dimension rows;
+    dimension cols;
+};
 static constexpr int kalman_slots = 14;
 static constexpr int kalman_own_slots = 10;
-static constexpr zel_mat_t* zel_kalman_t::*const slot_fields[kalman_slots] = {
-    &zel_kalman_t::x_pre, &zel_kalman_t::x_post, &zel_kalman_t::P_pre, &zel_kalman_t::P_post, &zel_kalman_t::K,
-    &zel_kalman_t::temp1, &zel_kalman_t::temp2,  &zel_kalman_t::temp3, &zel_kalman_t::temp4,  &zel_kalman_t::temp5,
-    &zel_kalman_t::A,     &zel_kalman_t::H,      &zel_kalman_t::Q,     &zel_kalman_t::R,
+static constexpr slot slots[kalman_slots] = {
+    {&zel_kalman_t::x_pre, states, one},
+    {&zel_kalman_t::x_post, states, one},
+    {&zel_kalman_t::P_pre, states, states},
+    {&zel_kalman_t::P_post, states, states},
+    {&zel_kalman_t::K, states, measurements},
+    {&zel_kalman_t::temp1, states, states},
+    {&zel_kalman_t::temp2, states, measurements},
+    {&zel_kalman_t::temp3, measurements, measurements},
+    {&zel_kalman_t::temp4, measurements, measurements},
+    {&zel_kalman_t::temp5, measurements, one},
+    {&zel_kalman_t::A, states, states},
+    {&zel_kalman_t::H, measurements, states},
+    {&zel_kalman_t::Q, states, states},
+    {&zel_kalman_t::R, measurements, measurements},
 };
 
 // No filter with a larger dimension fits in 31 bits, and below it the size of no single matrix overflows.
@@ -46,12 +63,11 @@ static constexpr int max_dimension = 16384;
 // with it every data area is aligned.
 static int getmsizes(int* msizes, int* mrows, int* mcols, int ns, int nm, int flag)
 {
-    const int shapes[kalman_slots][2] = {{ns, 1},  {ns, 1},  {ns, ns}, {ns, ns}, {ns, nm}, {ns, ns}, {ns, nm},
-                                         {nm, nm}, {nm, nm}, {nm, 1},  {ns, ns}, {nm, ns}, {ns, ns}, {nm, nm}};
+    const int dimensions[] = {1, ns, nm};
     const int mcount = flag ? kalman_own_slots : kalman_slots;
     for (int i = 0; i < mcount; ++i) {
-        mrows[i] = shapes[i][0];
-        mcols[i] = shapes[i][1];
+        mrows[i] = dimensions[slots[i].rows];
+        mcols[i] = dimensions[slots[i].cols];
         const int size = static_cast<int>(sizeof(zel_mat_t)) + mrows[i] * mcols[i] * static_cast<int>(sizeof(f32_t));
         msizes[i] = (size + 7) & ~7;
     }
@@ -81,7 +97,7 @@ zel_kalman_t* zel_kalman_create(int ns, int nm, int flag, zel_mat_t* A, zel_mat_
     auto* p = static_cast<u08_t*>(kalman->mbuf);
     for (int i = 0; i < mcount; ++i) {
         auto* mat = reinterpret_cast<zel_mat_t*>(p);
-        kalman->*slot_fields[i] = zel_mat_initheader(mat, mrows[i], mcols[i], ZEL_MAT_TYPE(ZEL_F32, 1), mat + 1);
+        kalman->*slots[i].field = zel_mat_initheader(mat, mrows[i], mcols[i], ZEL_MAT_TYPE(ZEL_F32, 1), mat + 1);
         p += msizes[i];
     }
     if (flag) {

@@ -17,8 +17,6 @@
 
 static_assert(sizeof(zel_mat_t) % 8 == 0, "data right behind a header must be aligned for every depth");
 
-namespace {
-
 using u32_t = uint32_t;
 
 // --- the scalar types ------------------------------------------------------------------------------------------------
@@ -40,14 +38,14 @@ template <typename T>
 using wide_t = typename wide<T>::type;
 
 template <typename T>
-inline wide_t<T> widened(T x)
+static inline wide_t<T> widened(T x)
 {
     return x;
 }
 
 // The one dispatch over the depths: calls f with a scalar of the type that computes a matrix of the given type code.
 template <typename F>
-inline void by_depth(int type, F f)
+static inline void by_depth(int type, F f)
 {
     switch (ZEL_MAT_DEPTH(type)) {
     case ZEL_U08:
@@ -68,286 +66,43 @@ inline void by_depth(int type, F f)
 }
 
 template <typename T>
-inline T* scalars(const zel_mat_t* mat)
+static inline T* scalars(const zel_mat_t* mat)
 {
     return reinterpret_cast<T*>(mat->data.p);
 }
 
 // --- shapes ----------------------------------------------------------------------------------------------------------
 
-inline bool is_empty(const zel_mat_t* mat)
+static inline bool is_empty(const zel_mat_t* mat)
 {
     return mat->rows <= 0 || mat->cols <= 0;
 }
 
-inline bool has_shape(const zel_mat_t* mat, int rows, int cols)
+static inline bool has_shape(const zel_mat_t* mat, int rows, int cols)
 {
     // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): a null where none is allowed is the caller's
     return mat->rows == rows && mat->cols == cols;
 }
 
-inline size_t count_elements(const zel_mat_t* mat)
+static inline size_t count_elements(const zel_mat_t* mat)
 {
     return is_empty(mat) ? 0 : static_cast<size_t>(mat->rows) * static_cast<size_t>(mat->cols);
 }
 
-inline size_t count_channels(const zel_mat_t* mat)
+static inline size_t count_channels(const zel_mat_t* mat)
 {
     return static_cast<size_t>(ZEL_MAT_CN(mat->type));
 }
 
-inline size_t count_scalars(const zel_mat_t* mat)
+static inline size_t count_scalars(const zel_mat_t* mat)
 {
     return count_elements(mat) * count_channels(mat);
 }
 
-inline size_t count_bytes(const zel_mat_t* mat)
+static inline size_t count_bytes(const zel_mat_t* mat)
 {
     return count_scalars(mat) * static_cast<size_t>(ZEL_ELEM_SIZE(mat->type));
 }
-
-// Bytes of rows * cols elements, or -1 if they or one row do not fit in 31 bits.
-int data_size(int rows, int cols, int type)
-{
-    if (rows < 0 || cols < 0)
-        return -1;
-    const s64_t step = s64_t{ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)} * cols;
-    if (step > INT_MAX || step * rows > INT_MAX)
-        return -1;
-    return static_cast<int>(step * rows);
-}
-
-// --- fills -----------------------------------------------------------------------------------------------------------
-
-// Writes channel 0 alone. next() gives the diagonal values in turn.
-template <typename T, typename F>
-void fill_diagonal(zel_mat_t* mat, F next)
-{
-    T* d = scalars<T>(mat);
-    const int rows = mat->rows;
-    const int cols = mat->cols;
-    const size_t cn = count_channels(mat);
-    for (int i = 0; i < rows; ++i)
-        for (int j = 0; j < cols; ++j, d += cn)
-            *d = i == j ? next() : T(0);
-}
-
-// --- element-wise arithmetic -----------------------------------------------------------------------------------------
-
-inline bool has_layout(const zel_mat_t* mat, const zel_mat_t* other)
-{
-    return mat->type == other->type && has_shape(mat, other->rows, other->cols);
-}
-
-// Cut back to its own width in the expression that negates, or GCC computes it on wider vectors.
-template <typename T>
-inline T negated(T x)
-{
-    return static_cast<T>(-static_cast<wide_t<T>>(x));
-}
-
-// d = f(sources), scalar by scalar. All four operations are this loop.
-template <typename T, typename F, typename... Sources>
-void each_scalar(size_t count, F f, T* d, const Sources*... sources)
-{
-    for (size_t t = 0; t < count; ++t)
-        d[t] = static_cast<T>(f(sources[t]...));
-}
-
-// --- transpose -------------------------------------------------------------------------------------------------------
-
-inline size_t smaller(size_t x, size_t y)
-{
-    return x < y ? x : y;
-}
-
-template <size_t bytes>
-inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
-{
-    for (size_t k = 0; k < cn; ++k, d += bytes, s += bytes)
-        memcpy(d, s, bytes);
-}
-
-// Scalars are moved as bytes, whatever they mean: their type is not known here. In square blocks of one cache line of
-// the destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7
-// times as long.
-template <size_t bytes>
-void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
-{
-    constexpr size_t block = 64 / bytes;
-    const size_t rows = static_cast<size_t>(src->rows);
-    const size_t cols = static_cast<size_t>(src->cols);
-    const size_t cn = count_channels(src);
-    const u08_t* s = src->data.p;
-    u08_t* d = dst->data.p;
-    for (size_t i0 = 0; i0 < rows; i0 += block)
-        for (size_t j0 = 0; j0 < cols; j0 += block)
-            for (size_t j = j0; j < smaller(j0 + block, cols); ++j)
-                for (size_t i = i0; i < smaller(i0 + block, rows); ++i)
-                    copy_element<bytes>(d + (j * rows + i) * cn * bytes, s + (i * cols + j) * cn * bytes, cn);
-}
-
-// --- printing --------------------------------------------------------------------------------------------------------
-
-// A scalar as it is passed to printf. Both 16-bit depths are read as signed.
-inline int printed(u08_t value)
-{
-    return value;
-}
-inline int printed(u16_t value)
-{
-    return static_cast<s16_t>(value);
-}
-inline int printed(u32_t value)
-{
-    return static_cast<s32_t>(value);
-}
-inline double printed(f32_t value)
-{
-    return static_cast<double>(value);
-}
-inline long long printed(u64_t value)
-{
-    return static_cast<long long>(value);
-}
-inline double printed(f64_t value)
-{
-    return value;
-}
-
-// By depth.
-constexpr const char* print_formats[] = {" %3d", " %c", " %6d", " %6d", " %11d", " %10f", " %11lld", " %10f"};
-
-// --- products --------------------------------------------------------------------------------------------------------
-
-template <typename T>
-inline T multiply_add(T sum, T x, T y)
-{
-    return static_cast<T>(widened(sum) + widened(x) * widened(y));
-}
-
-template <typename T>
-void add_row(T* __restrict d, T factor, const T* __restrict b, int cols)
-{
-    for (int j = 0; j < cols; ++j)
-        d[j] = multiply_add(d[j], factor, b[j]);
-}
-
-// d +-= a * b. Rows of d gain multiples of the rows of b. A negated factor subtracts exactly, wrapping or fused, so
-// that sums and differences are one loop.
-template <typename T>
-void accumulate_rows(const T* a, strides at, const T* b, T* d, int rows, int inner, int cols, sign s)
-{
-    for (ptrdiff_t i = 0; i < rows; ++i, d += cols)
-        for (ptrdiff_t k = 0; k < inner; ++k) {
-            const T factor = a[i * at.row + k * at.inner];
-            add_row(d, s == sign::plus ? factor : negated(factor), b + k * cols, cols);
-        }
-}
-
-// d += a * b', each element the dot product of two rows.
-template <typename T>
-void accumulate_dots(const T* a, const T* b, T* d, int rows, int inner, int cols)
-{
-    for (ptrdiff_t i = 0; i < rows; ++i, a += inner)
-        for (ptrdiff_t j = 0; j < cols; ++j, ++d) {
-            T sum = *d;
-            for (ptrdiff_t k = 0; k < inner; ++k)
-                sum = multiply_add(sum, a[k], b[j * inner + k]);
-            *d = sum;
-        }
-}
-
-// d +-= a * b in any depth but single precision, which has kernels of its own.
-void accumulate(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d, int inner, turned t, sign s)
-{
-    by_depth(d->type, [=](auto zero) {
-        using T = decltype(zero);
-        const strides at = t == turned::first ? strides{1, d->rows} : strides{inner, 1};
-        if constexpr (std::is_same<T, f32_t>::value)
-            return;
-        else if (t == turned::second)
-            accumulate_dots(scalars<T>(a), scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols);
-        else
-            accumulate_rows(scalars<T>(a), at, scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols, s);
-    });
-}
-
-// What the sums start from, laid into d.
-void lay_start(from_nothing, const zel_mat_t*, zel_mat_t* d, int inner)
-{
-    zel_mat_setzero(d);
-    if (inner > 0)
-        zel_mat_neg(d, d);  // -0.0, where there is one, leaves a first term of -0.0 as it is
-}
-void lay_start(from_identity, const zel_mat_t*, zel_mat_t* d, int)
-{
-    zel_mat_setidentity(d);
-}
-void lay_start(from_matrix, const zel_mat_t* c, zel_mat_t* d, int)
-{
-    if (!is_empty(d))
-        memmove(d->data.p, c->data.p, count_bytes(d));  // the two may be one matrix
-}
-
-template <turned t, sign s, typename Start>
-[[gnu::noinline]] void multiply_any(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d, int inner)
-{
-    lay_start(Start{nullptr, 0}, c, d, inner);  // an empty one, to pick the start by its type
-    accumulate(a, b, d, inner, t, s);
-}
-
-// d = start +- a * b for operands of one type. c is what from_matrix starts from; Known are the single-precision sizes
-// that have kernels of their own.
-template <turned t, sign s, typename Start, typename... Known>
-inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d)
-{
-    const int rows = t == turned::first ? a->cols : a->rows;
-    const int cols = t == turned::second ? b->rows : b->cols;
-    const int inner = t == turned::first ? a->rows : a->cols;
-    if (inner != (t == turned::second ? b->cols : b->rows) || !has_shape(d, rows, cols))
-        return;
-    if (std::is_same<Start, from_matrix>::value && !has_shape(c, rows, cols))
-        return;
-    if (ZEL_MAT_DEPTH(d->type) == ZEL_F32 && inner > 0)
-        return multiply_f32<t, s, Start, Known...>(a->data.f, b->data.f, c ? c->data.f : nullptr, d->data.f, rows,
-                                                   inner, cols);
-    multiply_any<t, s, Start>(a, b, c, d, inner);
-}
-
-inline bool is_single_channel(const zel_mat_t* mat)
-{
-    return ZEL_MAT_CN(mat->type) == 1;
-}
-
-// --- 3 x 3 -----------------------------------------------------------------------------------------------------------
-
-// In double, rounded once.
-inline float dot3(float a0, float b0, float a1, float b1, float a2, float b2)
-{
-    return static_cast<float>(static_cast<double>(a0) * static_cast<double>(b0) +
-                              static_cast<double>(a1) * static_cast<double>(b1) +
-                              static_cast<double>(a2) * static_cast<double>(b2));
-}
-
-inline float dot3(const float* x, const float* y)
-{
-    return dot3(x[0], y[0], x[1], y[1], x[2], y[2]);
-}
-
-// Column j of A times x.
-inline float column_dot3(float A[3][3], int j, const float* x)
-{
-    return dot3(A[0][j], x[0], A[1][j], x[1], A[2][j], x[2]);
-}
-
-inline float cross2(float a, float d, float b, float c)
-{
-    return static_cast<float>(static_cast<double>(a) * static_cast<double>(d) -
-                              static_cast<double>(b) * static_cast<double>(c));
-}
-
-}  // namespace
 
 // --- headers ---------------------------------------------------------------------------------------------------------
 
@@ -363,6 +118,17 @@ zel_mat_t* zel_mat_initheader(zel_mat_t* mat, int rows, int cols, int type, void
         static_cast<s32_t>(static_cast<u32_t>(ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)) * static_cast<u32_t>(cols));
     mat->data.p = static_cast<u08_t*>(data);
     return mat;
+}
+
+// Bytes of rows * cols elements, or -1 if they or one row do not fit in 31 bits.
+static int data_size(int rows, int cols, int type)
+{
+    if (rows < 0 || cols < 0)
+        return -1;
+    const s64_t step = s64_t{ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)} * cols;
+    if (step > INT_MAX || step * rows > INT_MAX)
+        return -1;
+    return static_cast<int>(step * rows);
 }
 
 zel_mat_t* zel_mat_create(int rows, int cols, int type)
@@ -381,6 +147,19 @@ void zel_mat_release(zel_mat_t* mat)
 }
 
 // --- fills -----------------------------------------------------------------------------------------------------------
+
+// Writes channel 0 alone. next() gives the diagonal values in turn.
+template <typename T, typename F>
+static void fill_diagonal(zel_mat_t* mat, F next)
+{
+    T* d = scalars<T>(mat);
+    const int rows = mat->rows;
+    const int cols = mat->cols;
+    const size_t cn = count_channels(mat);
+    for (int i = 0; i < rows; ++i)
+        for (int j = 0; j < cols; ++j, d += cn)
+            *d = i == j ? next() : T(0);
+}
 
 void zel_mat_setidentity(zel_mat_t* mat)
 {
@@ -417,6 +196,26 @@ void zel_mat_setone(zel_mat_t* mat)
 }
 
 // --- element-wise arithmetic -----------------------------------------------------------------------------------------
+
+static inline bool has_layout(const zel_mat_t* mat, const zel_mat_t* other)
+{
+    return mat->type == other->type && has_shape(mat, other->rows, other->cols);
+}
+
+// Cut back to its own width in the expression that negates, or GCC computes it on wider vectors.
+template <typename T>
+static inline T negated(T x)
+{
+    return static_cast<T>(-static_cast<wide_t<T>>(x));
+}
+
+// d = f(sources), scalar by scalar. All four operations are this loop.
+template <typename T, typename F, typename... Sources>
+static void each_scalar(size_t count, F f, T* d, const Sources*... sources)
+{
+    for (size_t t = 0; t < count; ++t)
+        d[t] = static_cast<T>(f(sources[t]...));
+}
 
 void zel_mat_neg(zel_mat_t* src, zel_mat_t* dst)
 {
@@ -466,6 +265,37 @@ void zel_mat_sub(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst)
 
 // --- transpose -------------------------------------------------------------------------------------------------------
 
+static inline size_t smaller(size_t x, size_t y)
+{
+    return x < y ? x : y;
+}
+
+template <size_t bytes>
+static inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
+{
+    for (size_t k = 0; k < cn; ++k, d += bytes, s += bytes)
+        memcpy(d, s, bytes);
+}
+
+// Scalars are moved as bytes, whatever they mean: their type is not known here. In square blocks of one cache line of
+// the destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7
+// times as long.
+template <size_t bytes>
+static void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
+{
+    constexpr size_t block = 64 / bytes;
+    const size_t rows = static_cast<size_t>(src->rows);
+    const size_t cols = static_cast<size_t>(src->cols);
+    const size_t cn = count_channels(src);
+    const u08_t* s = src->data.p;
+    u08_t* d = dst->data.p;
+    for (size_t i0 = 0; i0 < rows; i0 += block)
+        for (size_t j0 = 0; j0 < cols; j0 += block)
+            for (size_t j = j0; j < smaller(j0 + block, cols); ++j)
+                for (size_t i = i0; i < smaller(i0 + block, rows); ++i)
+                    copy_element<bytes>(d + (j * rows + i) * cn * bytes, s + (i * cols + j) * cn * bytes, cn);
+}
+
 void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst)
 {
     if (src->type != dst->type || !has_shape(dst, src->cols, src->rows) || is_empty(src))
@@ -484,6 +314,35 @@ void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst)
 
 // --- printing --------------------------------------------------------------------------------------------------------
 
+// A scalar as it is passed to printf. Both 16-bit depths are read as signed.
+static inline int printed(u08_t value)
+{
+    return value;
+}
+static inline int printed(u16_t value)
+{
+    return static_cast<s16_t>(value);
+}
+static inline int printed(u32_t value)
+{
+    return static_cast<s32_t>(value);
+}
+static inline double printed(f32_t value)
+{
+    return static_cast<double>(value);
+}
+static inline long long printed(u64_t value)
+{
+    return static_cast<long long>(value);
+}
+static inline double printed(f64_t value)
+{
+    return value;
+}
+
+// By depth.
+static constexpr const char* print_formats[] = {" %3d", " %c", " %6d", " %6d", " %11d", " %10f", " %11lld", " %10f"};
+
 void zel_mat_print(char* name, zel_mat_t* mat)
 {
     if (name)
@@ -501,6 +360,107 @@ void zel_mat_print(char* name, zel_mat_t* mat)
 }
 
 // --- products --------------------------------------------------------------------------------------------------------
+
+template <typename T>
+static inline T multiply_add(T sum, T x, T y)
+{
+    return static_cast<T>(widened(sum) + widened(x) * widened(y));
+}
+
+template <typename T>
+static void add_row(T* __restrict d, T factor, const T* __restrict b, int cols)
+{
+    for (int j = 0; j < cols; ++j)
+        d[j] = multiply_add(d[j], factor, b[j]);
+}
+
+// d +-= a * b. Rows of d gain multiples of the rows of b. A negated factor subtracts exactly, wrapping or fused, so
+// that sums and differences are one loop.
+template <typename T>
+static void accumulate_rows(const T* a, strides at, const T* b, T* d, int rows, int inner, int cols, sign s)
+{
+    for (ptrdiff_t i = 0; i < rows; ++i, d += cols)
+        for (ptrdiff_t k = 0; k < inner; ++k) {
+            const T factor = a[i * at.row + k * at.inner];
+            add_row(d, s == sign::plus ? factor : negated(factor), b + k * cols, cols);
+        }
+}
+
+// d += a * b', each element the dot product of two rows.
+template <typename T>
+static void accumulate_dots(const T* a, const T* b, T* d, int rows, int inner, int cols)
+{
+    for (ptrdiff_t i = 0; i < rows; ++i, a += inner)
+        for (ptrdiff_t j = 0; j < cols; ++j, ++d) {
+            T sum = *d;
+            for (ptrdiff_t k = 0; k < inner; ++k)
+                sum = multiply_add(sum, a[k], b[j * inner + k]);
+            *d = sum;
+        }
+}
+
+// d +-= a * b in any depth but single precision, which has kernels of its own.
+static void accumulate(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d, int inner, turned t, sign s)
+{
+    by_depth(d->type, [=](auto zero) {
+        using T = decltype(zero);
+        const strides at = t == turned::first ? strides{1, d->rows} : strides{inner, 1};
+        if constexpr (std::is_same<T, f32_t>::value)
+            return;
+        else if (t == turned::second)
+            accumulate_dots(scalars<T>(a), scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols);
+        else
+            accumulate_rows(scalars<T>(a), at, scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols, s);
+    });
+}
+
+// What the sums start from, laid into d.
+static void lay_start(from_nothing, const zel_mat_t*, zel_mat_t* d, int inner)
+{
+    zel_mat_setzero(d);
+    if (inner > 0)
+        zel_mat_neg(d, d);  // -0.0, where there is one, leaves a first term of -0.0 as it is
+}
+static void lay_start(from_identity, const zel_mat_t*, zel_mat_t* d, int)
+{
+    zel_mat_setidentity(d);
+}
+static void lay_start(from_matrix, const zel_mat_t* c, zel_mat_t* d, int)
+{
+    if (!is_empty(d))
+        memmove(d->data.p, c->data.p, count_bytes(d));  // the two may be one matrix
+}
+
+template <turned t, sign s, typename Start>
+[[gnu::noinline]] static void multiply_any(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d,
+                                           int inner)
+{
+    lay_start(Start{nullptr, 0}, c, d, inner);  // an empty one, to pick the start by its type
+    accumulate(a, b, d, inner, t, s);
+}
+
+// d = start +- a * b for operands of one type. c is what from_matrix starts from; Known are the single-precision sizes
+// that have kernels of their own.
+template <turned t, sign s, typename Start, typename... Known>
+static inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d)
+{
+    const int rows = t == turned::first ? a->cols : a->rows;
+    const int cols = t == turned::second ? b->rows : b->cols;
+    const int inner = t == turned::first ? a->rows : a->cols;
+    if (inner != (t == turned::second ? b->cols : b->rows) || !has_shape(d, rows, cols))
+        return;
+    if (std::is_same<Start, from_matrix>::value && !has_shape(c, rows, cols))
+        return;
+    if (ZEL_MAT_DEPTH(d->type) == ZEL_F32 && inner > 0)
+        return multiply_f32<t, s, Start, Known...>(a->data.f, b->data.f, c ? c->data.f : nullptr, d->data.f, rows,
+                                                   inner, cols);
+    multiply_any<t, s, Start>(a, b, c, d, inner);
+}
+
+static inline bool is_single_channel(const zel_mat_t* mat)
+{
+    return ZEL_MAT_CN(mat->type) == 1;
+}
 
 // The sizes with kernels of their own are those of the steps of a filter of 8 states and 4 measurements.
 
@@ -603,51 +563,56 @@ int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst)
 
 // --- 3 x 3 -----------------------------------------------------------------------------------------------------------
 
-void _matmult_3x3(float A[3][3], float B[3][3], float C[3][3])
+// In double, rounded once.
+static inline float dot3(float a0, float b0, float a1, float b1, float a2, float b2)
 {
-    C[0][0] = column_dot3(B, 0, A[0]);
-    C[0][1] = column_dot3(B, 1, A[0]);
-    C[0][2] = column_dot3(B, 2, A[0]);
-    C[1][0] = column_dot3(B, 0, A[1]);
-    C[1][1] = column_dot3(B, 1, A[1]);
-    C[1][2] = column_dot3(B, 2, A[1]);
-    C[2][0] = column_dot3(B, 0, A[2]);
-    C[2][1] = column_dot3(B, 1, A[2]);
-    C[2][2] = column_dot3(B, 2, A[2]);
+    return static_cast<float>(static_cast<double>(a0) * static_cast<double>(b0) +
+                              static_cast<double>(a1) * static_cast<double>(b1) +
+                              static_cast<double>(a2) * static_cast<double>(b2));
 }
 
+static inline float dot3(const float* x, const float* y)
+{
+    return dot3(x[0], y[0], x[1], y[1], x[2], y[2]);
+}
+
+// Column j of A times x.
+static inline float column_dot3(float A[3][3], int j, const float* x)
+{
+    return dot3(A[0][j], x[0], A[1][j], x[1], A[2][j], x[2]);
+}
+
+// Row i of C is B' times row i of A.
+void _matmult_3x3(float A[3][3], float B[3][3], float C[3][3])
+{
+    for (int i = 0; i < 3; ++i)
+        _matmult_3x3tvec(B, A[i], C[i]);
+}
+
+// Row i of C is B times row i of A.
 void _matmult_3x3t(float A[3][3], float B[3][3], float C[3][3])
 {
-    _matmult_3x3vec(B, A[0], C[0]);
-    _matmult_3x3vec(B, A[1], C[1]);
-    _matmult_3x3vec(B, A[2], C[2]);
+    for (int i = 0; i < 3; ++i)
+        _matmult_3x3vec(B, A[i], C[i]);
 }
 
 void _matmult_3x3vec(float A[3][3], float* x, float* y)
 {
-    y[0] = dot3(A[0], x);
-    y[1] = dot3(A[1], x);
-    y[2] = dot3(A[2], x);
+    for (int i = 0; i < 3; ++i)
+        y[i] = dot3(A[i], x);
 }
 
 void _matmult_3x3tvec(float A[3][3], float* x, float* y)
 {
-    y[0] = column_dot3(A, 0, x);
-    y[1] = column_dot3(A, 1, x);
-    y[2] = column_dot3(A, 2, x);
+    for (int j = 0; j < 3; ++j)
+        y[j] = column_dot3(A, j, x);
 }
 
 void _matneg_3x3(float A[3][3])
 {
-    A[0][0] = -A[0][0];
-    A[0][1] = -A[0][1];
-    A[0][2] = -A[0][2];
-    A[1][0] = -A[1][0];
-    A[1][1] = -A[1][1];
-    A[1][2] = -A[1][2];
-    A[2][0] = -A[2][0];
-    A[2][1] = -A[2][1];
-    A[2][2] = -A[2][2];
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            A[i][j] = -A[i][j];
 }
 
 float _matdet_3x3(float A[3][3])
@@ -658,15 +623,15 @@ float _matdet_3x3(float A[3][3])
 
 void _vecoutp_3(float* x, float* y, float O[3][3])
 {
-    O[0][0] = x[0] * y[0];
-    O[0][1] = x[0] * y[1];
-    O[0][2] = x[0] * y[2];
-    O[1][0] = x[1] * y[0];
-    O[1][1] = x[1] * y[1];
-    O[1][2] = x[1] * y[2];
-    O[2][0] = x[2] * y[0];
-    O[2][1] = x[2] * y[1];
-    O[2][2] = x[2] * y[2];
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j)
+            O[i][j] = x[i] * y[j];
+}
+
+static inline float cross2(float a, float d, float b, float c)
+{
+    return static_cast<float>(static_cast<double>(a) * static_cast<double>(d) -
+                              static_cast<double>(b) * static_cast<double>(c));
 }
 
 void _veccrossp_3(float* x, float* y, float* z)

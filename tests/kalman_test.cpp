@@ -52,7 +52,7 @@ TEST(Block, HoldsAllMatricesBackToBackAndZeroed)
         EXPECT_TRUE(f->ns == c.ns && f->nm == c.nm && f->mbuf == f + 1);
         auto* next = static_cast<unsigned char*>(f->mbuf);
         for (size_t i = 0; i < 14; ++i) {
-            zel_mat_t* mat = f->*slot_fields[i];
+            zel_mat_t* mat = f->*slots[i].field;
             ASSERT_EQ(static_cast<void*>(mat), i < c.headers ? static_cast<void*>(next) : &model[i - 10]) << i;
             if (i >= c.headers)
                 continue;
