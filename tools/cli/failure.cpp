@@ -7,6 +7,9 @@
 
 namespace zeltrack {
 
+const char exit_status_help[] =
+    "Exit status: 0 done, 1 input that cannot be read or output that cannot be written, 2 wrong usage.";
+
 static std::string escaped(std::string_view text, unsigned first_refused)
 {
     static const char digits[] = "0123456789abcdef";
@@ -30,6 +33,11 @@ std::string excerpt(std::string_view text)
 {
     constexpr std::size_t shown = 40;
     return '"' + escaped(text.substr(0, shown), 0x80) + (text.size() > shown ? "...\"" : "\"");
+}
+
+std::string expected(const std::string& what, std::string_view found)
+{
+    return "expected " + what + ", found " + excerpt(found);
 }
 
 failure system_failure(const std::string& name, int error)

@@ -11,6 +11,9 @@ namespace zeltrack {
 
 enum exit_status { exit_done = 0, exit_data = 1, exit_usage = 2 };
 
+// The last line of every help text.
+extern const char exit_status_help[];
+
 class failure : public std::runtime_error {
 public:
     explicit failure(const std::string& text, exit_status code = exit_data) : std::runtime_error(text), status(code) {}
@@ -26,5 +29,8 @@ std::string printable(std::string_view text);
 
 // The same in quotes, for data: cut short, and with everything beyond ASCII escaped, since it need not be UTF-8.
 std::string excerpt(std::string_view text);
+
+// "expected WHAT, found EXCERPT"
+std::string expected(const std::string& what, std::string_view found);
 
 }  // namespace zeltrack

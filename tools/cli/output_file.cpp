@@ -191,4 +191,12 @@ void prepare_standard_streams()
         close(fd);
 }
 
+void refuse_same_file(const std::string& input, const std::string& output)
+{
+    std::error_code ignored;
+    if (input != "-" && std::filesystem::is_regular_file(output, ignored) &&
+        std::filesystem::equivalent(input, output, ignored))
+        throw failure(printable(output) + ": expected an output other than the input", exit_usage);
+}
+
 }  // namespace zeltrack

@@ -35,6 +35,9 @@ private:
     int slot_ = -1;
 };
 
+// The whole input is read before a result is written; still, nobody wants the one replaced by the other.
+void refuse_same_file(const std::string& input, const std::string& output);
+
 // Once, before anything is opened: a closed pipe and a limit on file sizes become errors of writing, and descriptors 0
 // to 2 are in use.
 void prepare_standard_streams();

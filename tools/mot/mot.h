@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The MOTChallenge text format: one line per box, "frame,id,left,top,width,height,conf" and columns that vary from file
-// to file. Frames count from 1 and need not be sorted.
+// This room reads and writes the MOTChallenge text format: one line per box, "frame,id,left,top,width,height,conf" and
+// columns that vary from file to file. Frames count from 1 and need not be sorted. Streams are read and rows written here,
+// files by name in load.h, one line and its checked numbers in fields.h.
 #pragma once
 
 #include <cstddef>

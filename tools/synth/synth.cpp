@@ -6,10 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
-
-#include "cli/command_line.h"
 
 namespace zeltrack {
 
@@ -155,37 +152,6 @@ void synth_scene::next_frame(std::vector<mot_row>& detections, std::vector<mot_r
     }
     for (std::size_t n = detections.size(); n > 1; --n)
         std::swap(detections[n - 1], detections[static_cast<std::size_t>(uniform(0, static_cast<milli>(n) - 1))]);
-}
-
-// --- the options -----------------------------------------------------------------------------------------------------
-
-static void set_size(const std::string& text, synth_options& options)
-{
-    const std::size_t cross = std::min(text.find('x'), text.size());
-    const std::string width = text.substr(0, cross);
-    const std::string height = text.substr(std::min(cross + 1, text.size()));
-    const CLI::Validator fits = within(16, 100000);
-    if (!fits(width).empty() || !fits(height).empty())
-        throw CLI::ValidationError("--size", "expected WxH, each from 16 to 100000, found " + excerpt(text));
-    options.width = std::stoi(width);
-    options.height = std::stoi(height);
-}
-
-void add_synth_options(CLI::App& app, synth_options& options)
-{
-    add_number(app, "--objects", "N", options.objects, 1, 100000,
-               "objects in view at any time; as one leaves, another enters.\n"
-               "The more, the smaller and slower");
-    add_number(app, "--frames", "N", options.frames, 1, max_frame, "frames of the sequence");
-    app.add_option_function<std::string>(
-           "--size", [&options](const std::string& text) { set_size(text, options); },
-           "image size in pixels; each 16 to 100000 (default 1920x1080)")
-        ->type_name("WxH");
-    add_number(app, "--miss", "P", options.miss, 0.0, 1.0, "share of the objects that is not detected in a frame;\n");
-    add_number(app, "--noise", "PX", options.noise, 0.0, 1000.0,
-               "error of a detection's centre and height in pixels, as a\nstandard deviation");
-    add_number(app, "--seed", "N", options.seed, std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max(),
-               "start of the random numbers: the same options give the same\nrows on every machine;\n");
 }
 
 }  // namespace zeltrack

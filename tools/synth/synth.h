@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// An invented sequence: boxes that wander through an image, cross, leave at its edges and are followed by new ones, and
+// This room invents sequences: boxes that wander through an image, cross, leave at its edges and are followed by new ones, and
 // the detections that a moderately good detector would make of them. The same options give the same rows everywhere.
 #pragma once
 
@@ -8,13 +8,14 @@
 #include <random>
 #include <vector>
 
+#include "cli/command_line.h"
 #include "mot/mot.h"
 
-namespace CLI {
-class App;
-}
-
 namespace zeltrack {
+
+extern const subcommand synth_command;
+
+constexpr range<int> image_side = {16, 100000};  // pixels
 
 struct synth_options {
     int objects = 20;
@@ -25,8 +26,6 @@ struct synth_options {
     double noise = 1.0;  // standard deviation of a detection's centre and size, in pixels
     std::uint64_t seed = 1;
 };
-
-void add_synth_options(CLI::App& app, synth_options& options);
 
 class synth_scene {
 public:

@@ -3,81 +3,67 @@
 // The options of every command that tracks, as they stand in the help text and in a configuration file.
 #include "track/options.h"
 
+#include <limits>
+
 #include "cli/command_line.h"
 #include "track/scale.h"
+#include "track/sequence.h"
 
 namespace zeltrack {
 
-static void set_scale(const std::string& text, track_options& options)
+static void declare_association(command_line& line, track_options& options)
 {
-    options.scale = 0;
-    if (text == "auto")
-        return;
-    const std::string wrong = within(min_scale, max_scale)(text);
-    if (!wrong.empty())
-        throw CLI::ValidationError("--scale", wrong + "; or auto");
-    options.scale = std::stod(text);
+    const std::string gate = to_text(gate_units);
+    line.number_or("auto", "--scale", "N", options.scale, {min_scale, max_scale},
+                   "factor between pixels and the tracker's unit. It matters more\n"
+                   "than all else: from one frame to the next an object may step\n"
+                   "less than " +
+                       gate + " units, which are " + gate +
+                       " / N pixels. auto makes that\n"
+                       "half the size of the median box, the size being sqrt(width *\n"
+                       "height); 1 is plain pixels");
+    line.number("--euc", "D", options.euc, {0, 1},
+                "squared centre distance, in squared units, up to which a\n"
+                "detection matches a track however little the boxes overlap;\n");
+    line.number("-i,--iou", "T", options.iou, {0, 1},
+                "intersection over union that other matches must exceed; at 1\nnothing ever matches");
 }
 
-static void add_scale_options(CLI::App& app, track_options& options)
+static void declare_life(command_line& line, track_options& options)
 {
-    app.add_option_function<std::string>(
-           "--scale", [&options](const std::string& text) { set_scale(text, options); },
-           "factor between pixels and the tracker's unit. It matters more\n"
-           "than all else: from one frame to the next an object may step\n"
-           "less than 10 units, which are 10 / N pixels. auto makes that\n"
-           "half the size of the median box, the size being sqrt(width *\n"
-           "height); 1 is plain pixels; 1e-06 to 1e+06 (default auto)")
-        ->type_name("N|auto");
-    add_number(app, "--euc", "D", options.euc, 0.0F, 1.0F,
-               "squared centre distance, in squared units, up to which a\n"
-               "detection matches a track however little the boxes overlap;\n");
-    add_number(app, "-i,--iou", "T", options.iou, 0.0F, 1.0F,
-               "intersection over union that other matches must exceed; at 1\nnothing ever matches");
+    line.number("-s,--stable", "N", options.stable, {1, max_frame},
+                "matched frames, the first included, after which a track gets\nits identifier and is reported");
+    line.number("-r,--removal", "N", options.removal, {1, max_frame},
+                "frames in a row that a track may go unmatched;\n");
+    line.number("--max-objects", "N", options.max_objects, {1, 1000000},
+                "capacity: detections per frame, live tracks, rows per frame;\n",
+                "what the file needs, up to " + to_text(max_chosen_capacity));
+    line.flag("--coasted", options.coasted,
+              "also write tracks without a detection in a frame, at their\nlast place, for up to two frames");
 }
 
-static void add_life_options(CLI::App& app, track_options& options)
+static void declare_input(command_line& line, track_options& options)
 {
-    add_number(app, "-s,--stable", "N", options.stable, 1, max_frame,
-               "matched frames, the first included, after which a track gets\nits identifier and is reported");
-    add_number(app, "-r,--removal", "N", options.removal, 1, max_frame,
-               "frames in a row that a track may go unmatched;\n");
-    app.add_option("--max-objects", options.max_objects,
-                   "capacity: detections per frame, live tracks, rows per frame;\n"
-                   "1 to 1000000 (default: what the file needs, up to 16384)")
-        ->type_name("N")
-        ->check(within(1, 1000000));
-    app.add_flag("--coasted", options.coasted,
-                 "also write tracks without a detection in a frame, at their\nlast place, for up to two frames");
+    using confidence = std::numeric_limits<float>;
+    line.number("--min-conf", "C", options.min_conf, {confidence::lowest(), confidence::max()},
+                "ignore detections of a lower confidence", "none");
+    line.number("--class-column", "N", options.classes.column, {8, 1000},
+                "column of the class, a whole number. A detection then matches\nonly tracks of its class", "all alike");
+    line.number("--class-base", "N", options.classes.base, {0, 1}, "number of the first class");
+    line.flag("--ignore-class", options.ignore_class, "read classes, but match across them");
 }
 
-static void add_input_options(CLI::App& app, track_options& options)
+void declare_options(command_line& line, track_options& options)
 {
-    app.add_option("--min-conf", options.min_conf, "ignore detections of a lower confidence (default: none)")
-        ->type_name("C")
-        ->check(within(std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max()));
-    app.add_option("--class-column", options.classes.column,
-                   "column of the class, a whole number; 8 to 1000. A detection\n"
-                   "then matches only tracks of its class (default: all alike)")
-        ->type_name("N")
-        ->check(within(8, 1000));
-    add_number(app, "--class-base", "N", options.classes.base, 0, 1, "number of the first class");
-    app.add_flag("--ignore-class", options.ignore_class, "read classes, but match across them");
-}
-
-void add_track_options(CLI::App& app, track_options& options)
-{
-    app.add_option("DETECTIONS", options.detections,
-                   "file of lines frame,id,left,top,width,height,conf[,...]; frames\n"
-                   "count from 1, in any order; - is standard input")
-        ->required()
-        ->type_name("");
-    add_scale_options(app, options);
-    add_life_options(app, options);
-    add_input_options(app, options);
-    app.add_flag("-q,--quiet", options.quiet, "no summary, no warnings, no progress bar");
-    app.set_config("--config", "", "read options from a file, a line NAME = VALUE for each")->type_name("FILE");
-    app.allow_config_extras(false);
+    line.text("DETECTIONS", "", options.detections,
+              "file of lines frame,id,left,top,width,height,conf[,...]; frames\n"
+              "count from 1, in any order; - is standard input")
+        .required();
+    declare_association(line, options);
+    declare_life(line, options);
+    declare_input(line, options);
+    line.flag("-q,--quiet", options.quiet, "no summary, no warnings, no progress bar");
+    line.config_file();
 }
 
 }  // namespace zeltrack

@@ -8,11 +8,9 @@
 
 #include "mot/mot.h"
 
-namespace CLI {
-class App;
-}
-
 namespace zeltrack {
+
+class command_line;
 
 struct track_options {
     std::string detections;  // "-": standard input
@@ -30,6 +28,6 @@ struct track_options {
 };
 
 // The positional DETECTIONS, all options of tracking and --config.
-void add_track_options(CLI::App& app, track_options& options);
+void declare_options(command_line& line, track_options& options);
 
 }  // namespace zeltrack

@@ -19,6 +19,9 @@ struct sequence {
 
 sequence load_sequence(const track_options& options);
 
+// At most this much is chosen from a file; a hostile one could ask for any.
+constexpr int max_chosen_capacity = 1 << 14;
+
 // A capacity that no set of live tracks and no frame of the sequence can exceed.
 int ample_capacity(const std::vector<mot_row>& rows, int removal);
 

@@ -4,28 +4,13 @@
 #include "track/summary.h"
 
 #include <algorithm>
-#include <cmath>
-#include <iomanip>
-#include <locale>
 #include <ostream>
-#include <sstream>
 #include <string>
 
+#include "cli/number.h"
 #include "track/scale.h"
 
 namespace zeltrack {
-
-// Rounded to so many significant digits, without exponent as far as people read it that way.
-static std::string number(double value, int digits)
-{
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text << std::setprecision(std::fabs(value) >= 1000 ? 0 : digits);
-    if (std::fabs(value) >= 1000)
-        text << std::fixed;
-    text << value;
-    return text.str();
-}
 
 static void print_capacity(std::ostream& out, const track_summary& summary)
 {
@@ -41,10 +26,10 @@ static void print_warning(std::ostream& out, const track_summary& summary)
 {
     if (summary.far_share <= 0.1)
         return;
-    out << "zeltrack: warning: " << number(100 * summary.far_share, 3)
+    out << "zeltrack: warning: " << to_text(100 * summary.far_share, 3)
         << " % of the detections had nothing of the frame before within the gate; ";
     if (summary.better_scale < summary.scale)
-        out << "try --scale " << number(summary.better_scale, 2) << '\n';
+        out << "try --scale " << to_text(summary.better_scale, 2) << '\n';
     else
         out << "the frames may lie too far apart\n";
 }
@@ -57,12 +42,12 @@ void print_summary(std::ostream& out, const track_summary& summary, const track_
     if (input.dropped > 0)
         out << " (" << input.dropped << " more below --min-conf)";
     out << "\nrows         " << summary.rows << "\nidentifiers  " << summary.identifiers << "\nin a track   "
-        << number(100 * static_cast<double>(summary.identified) / detections, 3)
+        << to_text(100 * static_cast<double>(summary.identified) / detections, 3)
         << " % of the detections, reported under an identifier\n";
     if (summary.seconds > 0)
-        out << "speed        " << number(input.frames / summary.seconds, 4)
+        out << "speed        " << to_text(input.frames / summary.seconds, 4)
             << " frames per second in the tracker alone\n";
-    out << "gate         " << number(gate_units / summary.scale, 3) << " pixels (scale " << number(summary.scale, 3)
+    out << "gate         " << to_text(gate_units / summary.scale, 3) << " pixels (scale " << to_text(summary.scale, 3)
         << (options.scale > 0 ? ")\n" : ", auto)\n");
     print_capacity(out, summary);
     print_warning(out, summary);

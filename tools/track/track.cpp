@@ -12,9 +12,6 @@
 
 namespace zeltrack {
 
-// Of the capacity that is chosen from the file; a hostile one could ask for any.
-static constexpr int max_capacity = 1 << 14;
-
 namespace {
 
 // What is counted while the frames go by.
@@ -61,7 +58,7 @@ track_summary track_sequence(const sequence& input, const track_options& options
     summary.input = &input;
     summary.scale = options.scale > 0 ? options.scale : automatic_scale(input.rows);
     summary.ample = ample_capacity(input.rows, options.removal);
-    summary.capacity = options.max_objects > 0 ? options.max_objects : std::min(summary.ample, max_capacity);
+    summary.capacity = options.max_objects > 0 ? options.max_objects : std::min(summary.ample, max_chosen_capacity);
     frame_tracker tracker(options, summary.scale, summary.capacity);
     tally counts(summary, options.coasted);
     step_watch steps;

@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: MIT
 //
-// Tracking a detection file: one run of the tracker over all frames of a sequence, for every command that tracks. The
+// This room tracks a detection file: one run of the tracker over all frames of a sequence, for every command that tracks. The
 // options are in options.h, loading in sequence.h, a single frame in frame_tracker.h, the outcome in summary.h.
 #pragma once
 
 #include <functional>
 #include <vector>
 
+#include "cli/command_line.h"
 #include "track/options.h"
 #include "track/sequence.h"
 #include "track/summary.h"
 #include "track/track_row.h"
 
 namespace zeltrack {
+
+extern const subcommand track_command;
 
 // The handle is the tracker's, right after the frame.
 using frame_callback = std::function<void(int frame, const std::vector<track_row>& rows, const void* handle)>;

@@ -5,13 +5,11 @@
 #include "view/view.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <string_view>
 
-#include "cli/shortest.h"
+#include "cli/number.h"
 #include "track/scale.h"
 #include "view/column.h"
 #include "view/recorder.h"
@@ -96,7 +94,7 @@ public:
     template <typename T>
     void number(std::string_view name, T value)
     {
-        raw(name, shortest(value));
+        raw(name, to_text(value));
     }
 
     void data(std::string_view name, const column& value) { raw(name, '"' + value.base64() + '"'); }
@@ -350,31 +348,6 @@ track_summary view_sequence(const sequence& input, const view_options& options, 
     page.append(page_data(options, summary, records.result(), identities.changes()));
     page.append(text.substr(at + mark.size()));
     return summary;
-}
-
-// --- the command -----------------------------------------------------------------------------------------------------
-
-static bool is_plain(char c)
-{
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("%+,-./:=@_", c);
-}
-
-std::string shell_line(int count, const char* const* words)
-{
-    std::string line;
-    for (int i = 0; i < count; ++i) {
-        const std::string_view word = words[i];
-        line += i > 0 ? " " : "";
-        if (!word.empty() && std::all_of(word.begin(), word.end(), is_plain)) {
-            line += word;
-            continue;
-        }
-        line += '\'';
-        for (const char c : word)
-            line.append(c == '\'' ? "'\\''" : std::string(1, c));
-        line += '\'';
-    }
-    return line;
 }
 
 }  // namespace zeltrack

@@ -7,9 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "cli/command_line.h"
 #include "track/track.h"
 
 namespace zeltrack {
+
+extern const subcommand view_command;
 
 struct view_options {
     track_options track;
@@ -19,8 +22,5 @@ struct view_options {
 
 // Tracks the detections and appends the page that tells all about it.
 track_summary view_sequence(const sequence& input, const view_options& options, std::string& page);
-
-// The words of a command in the form that a shell reads them.
-std::string shell_line(int count, const char* const* words);
 
 }  // namespace zeltrack

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+//
+// The subcommand `track`.
+#include <iostream>
+
+#include "cli/command_line.h"
+#include "cli/output_file.h"
+#include "track/track.h"
+
+namespace zeltrack {
+
+static void run(command_line& line)
+{
+    track_options options;
+    std::string output = "-";
+    declare_options(line, options);
+    line.text("-o,--output", "OUT", output,
+              "where to write the tracks; - is standard output, the default.\n"
+              "A file appears when all of it is there");
+    if (!line.parse())
+        return;
+
+    refuse_same_file(options.detections, output);
+    const sequence input = load_sequence(options);
+    output_file results(output);
+    const auto write = [&results](int, const std::vector<track_row>& rows, const void*) {
+        for (const track_row& row : rows)
+            append_row(results.buffer(), row.box);
+        results.flush_if_full();
+    };
+    const track_summary summary = track_sequence(input, options, write);
+    results.commit();
+    if (!options.quiet)
+        print_summary(std::cerr, summary, options);
+}
+
+const subcommand track_command = {
+    "track",
+    "track a file of detections: numbered tracks come out",
+    "Track the detections of a MOTChallenge file and write the tracks, in the same layout, as lines\n"
+    "frame,id,left,top,width,height,conf,-1,-1,-1 by frame. A summary goes to standard error.",
+    "A track is reported from its --stable-th frame on, where a detection took part in it.\n",
+    run,
+};
+
+}  // namespace zeltrack

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+//
+// The subcommand `view`.
+#include <iostream>
+
+#include "cli/command_line.h"
+#include "cli/output_file.h"
+#include "mot/load.h"
+#include "view/view.h"
+
+namespace zeltrack {
+
+static void run(command_line& line)
+{
+    view_options options;
+    std::string output;
+    std::string truth;
+    declare_options(line, options.track);
+    line.text("--gt", "FILE", truth, "the truth, with identifiers, to be shown beside the tracks");
+    line.text("-o,--output", "PAGE", output, "where to write the page; - is standard output").required();
+    if (!line.parse())
+        return;
+
+    options.command = line.typed();
+    refuse_same_file(options.track.detections, output);
+    refuse_same_file(truth, output);
+    if (truth == "-" && options.track.detections == "-")
+        throw failure("--gt: expected a file other than that of the detections", exit_usage);
+    const sequence input = load_sequence(options.track);
+    if (!truth.empty())
+        options.truth = load_truth(truth);
+    output_file page(output);
+    const track_summary summary = view_sequence(input, options, page.buffer());
+    page.commit();
+    if (!options.track.quiet)
+        print_summary(std::cerr, summary, options.track);
+}
+
+const subcommand view_command = {
+    "view",
+    "track, and write a page that shows what the tracker did and why",
+    "Track the detections of a MOTChallenge file and write one HTML page that shows every frame, every track and the\n"
+    "reason for every match. It opens from disk and needs no network.",
+    "",
+    run,
+};
+
+}  // namespace zeltrack
