@@ -9,9 +9,13 @@ import time
 import unittest
 import urllib.parse
 
-import webdriver
-
 SKIPPED = 77
+try:
+    import chromium
+except ImportError:
+    print("skipped: Debian's package python3-selenium is not installed")
+    sys.exit(SKIPPED)
+
 ARROW_RIGHT, ARROW_LEFT, HOME, END = "\ue014", "\ue012", "\ue011", "\ue010"
 
 zeltrack = None
@@ -38,8 +42,8 @@ def sample():
 
 
 def open_page(page, fragment=""):
-    browser.open("about:blank")  # else a new fragment alone would not load anything
-    browser.open("file://" + urllib.parse.quote(str(page)) + fragment)
+    browser.get("about:blank")  # else a new fragment alone would not load anything
+    browser.get("file://" + urllib.parse.quote(str(page)) + fragment)
     settle()
 
 
@@ -170,7 +174,7 @@ class ViewTest(unittest.TestCase):
         for theme in ("light", "dark"):
             browser.theme(theme)
             open_page(page, "#frame=160&track=12")
-            browser.screenshot(directory / f"viewer-{theme}.png")
+            browser.save_screenshot(str(directory / f"viewer-{theme}.png"))
         browser.theme("light")
 
     def test_the_network_is_out_of_reach(self):
@@ -205,14 +209,14 @@ class ViewTest(unittest.TestCase):
                 left, top, width, _ = place("rows")
                 browser.point(left + width / 2, top + 8, click=True)
                 settle()
-                browser.screenshot(directory / f"odd-{frames}.png")
+                browser.save_screenshot(str(directory / f"odd-{frames}.png"))
 
 
 if __name__ == "__main__":
     zeltrack, directory = sys.argv[1], pathlib.Path(sys.argv[2]).resolve()
-    if not all(webdriver.installed()):
+    if not all(chromium.installed()):
         print("skipped: Debian's packages chromium and chromium-driver are not installed")
         sys.exit(SKIPPED)
-    with webdriver.Browser(1280, 800) as browser:
+    with chromium.Browser(1280, 800) as browser:
         done = unittest.main(argv=sys.argv[:1] + sys.argv[3:], exit=False, verbosity=2)
     sys.exit(not done.result.wasSuccessful())
