@@ -3,10 +3,10 @@
 include(CMakePackageConfigHelpers)
 set(ZEL_CONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/zel)
 
-install(TARGETS zel zel_static EXPORT zelTargets
+install(TARGETS zel zel_static zel_host zel_host_static EXPORT zelTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_runtime NAMELINK_COMPONENT zel_development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_development)
-install(FILES src/libzel.h src/_libzel.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zel COMPONENT zel_development)
+install(FILES src/libzel.h src/_libzel.h host/host.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zel COMPONENT zel_development)
 
 # The package of CMake. It stays where the library is, so that a tree may be moved.
 install(EXPORT zelTargets NAMESPACE zel:: DESTINATION ${ZEL_CONFIG_DIR} COMPONENT zel_development)
@@ -17,8 +17,11 @@ install(FILES cmake/zelConfig.cmake ${PROJECT_BINARY_DIR}/zelConfigVersion.cmake
 # That of pkg-config, which finds the tree from its own place.
 file(RELATIVE_PATH ZEL_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" ZEL_PC_PREFIX ${ZEL_PC_PREFIX})
-configure_file(cmake/zel.pc.in ${PROJECT_BINARY_DIR}/zel.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/zel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT zel_development)
+foreach(name zel zelhost)
+  configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/zel.pc ${PROJECT_BINARY_DIR}/zelhost.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT zel_development)
 
 if(ZEL_BUILD_TOOLS)
   install(TARGETS zeltrack DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT zel_tools)

@@ -1,5 +1,5 @@
 # The shared library exports exactly the names in EXPECTED under the version NODE or a later one of the same series,
-# carries SONAME, and needs the C runtime alone.
+# carries SONAME, and needs the C runtime alone, and the library ALLOWED where one is given.
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${READELF} -d ${LIBRARY} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
 
@@ -19,7 +19,7 @@ if(NOT dynamic MATCHES "Library soname: \\[${SONAME}\\]")
 endif()
 
 string(REGEX MATCHALL "Shared library: \\[[^]]+" needed "${dynamic}")
-list(FILTER needed EXCLUDE REGEX "\\[(libc|libm)\\.")
+list(FILTER needed EXCLUDE REGEX "\\[lib(c|m|${ALLOWED})\\.")
 if(needed)
   message(FATAL_ERROR "needs more than the C runtime: ${needed}")
 endif()
