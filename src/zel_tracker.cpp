@@ -275,11 +275,12 @@ static void search_block(tracker_t* tracker, track_block* block)
     block->count = 0;
 }
 
-static void find_nearest(tracker_t* tracker)
+// The nearest track of every detection that is nearer than the given squared distance.
+static void find_nearest(tracker_t* tracker, float limit)
 {
     for (int n = 0; n < tracker->ncurobjs; ++n) {
         tracker->match_obj[n] = nullptr;
-        tracker->match_score[n] = gate;
+        tracker->match_score[n] = limit;
     }
     track_block block;
     block.count = 0;
@@ -294,13 +295,16 @@ static void find_nearest(tracker_t* tracker)
     search_block(tracker, &block);
 }
 
-static bool overlaps_enough(const tracker_t* tracker, const trk_obj_t* obj, const det_obj_t* det, float d)
+static float predicted_iou(const trk_obj_t* obj, const det_obj_t* det)
 {
-    if (d <= tracker->euc_thresh)
-        return 1.0F > tracker->iou_thresh;
     const float pbox[4] = {obj->pr_x, obj->pr_y, obj->pr_w, obj->pr_h};
     const float cbox[4] = {det->x, det->y, det->w, det->h};
-    return box_iou(pbox, cbox) > tracker->iou_thresh;
+    return box_iou(pbox, cbox);
+}
+
+static bool overlaps_enough(const tracker_t* tracker, const trk_obj_t* obj, const det_obj_t* det, float d)
+{
+    return (d <= tracker->euc_thresh ? 1.0F : predicted_iou(obj, det)) > tracker->iou_thresh;
 }
 
 static void unmatch(tracker_t* tracker, int n)
@@ -324,13 +328,18 @@ static void claim_track(tracker_t* tracker, int n)
     obj->match_idx = n;
 }
 
-static void tracker_match(tracker_t* tracker)
+static void predict_tracks(tracker_t* tracker)
 {
     for (list_head* node = tracker->track_list.next; node != &tracker->track_list; node = node->next) {
         kalman_predict(track_of(node));
         track_of(node)->match_idx = -1;
     }
-    find_nearest(tracker);
+}
+
+static void tracker_match(tracker_t* tracker)
+{
+    predict_tracks(tracker);
+    find_nearest(tracker, gate);
     for (int n = 0; n < tracker->ncurobjs; ++n)
         if (tracker->match_obj[n])
             claim_track(tracker, n);
@@ -403,11 +412,16 @@ static void remove_track(tracker_t* tracker, trk_obj_t* obj)
     destroy_trk_obj(obj);
 }
 
+static bool outlived(const tracker_t* tracker, const trk_obj_t* obj)
+{
+    return obj->miss_count > tracker->fcnt_removal;
+}
+
 static void update_missed(tracker_t* tracker, trk_obj_t* obj)
 {
     const bool tentative = obj->id < 0;
     obj->miss_count = next_count(obj->miss_count);
-    if (obj->miss_count > tracker->fcnt_removal || (tentative && obj->miss_count > tentative_misses))
+    if (outlived(tracker, obj) || (tentative && obj->miss_count > tentative_misses))
         remove_track(tracker, obj);
     else if (tentative && obj->miss_count > forgetting_misses)
         obj->match_count = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the viewer says of a frame, against the tracker itself: whoever would take a track alone, but not behind others,
-// lost; whoever takes it until others follow, was displaced.
+// What the recorder says of a frame, against the tracker itself with fewer detections: what would take a track alone, but
+// not after others, lost; what takes it until others follow, was displaced.
 #include "view/view.h"
 
 #include <gtest/gtest.h>
@@ -14,9 +14,12 @@
 #include <random>
 #include <sstream>
 
+#include "mot/mot.h"
 #include "view/column.h"
+#include "view/identity.h"
+#include "view/json.h"
 #include "view/recorder.h"
-#include "view/truth.h"
+#include "zel_tracker.h"
 
 namespace zeltrack {
 
@@ -35,7 +38,7 @@ class tracker {
 public:
     explicit tracker(const setting& s)
         : handle_(zel_tracker_create(0, 0, s.capacity, s.euc, s.iou, s.stable, s.removal, s.ignore_class)),
-          output_(static_cast<std::size_t>(s.capacity) + 1)
+          rows_(static_cast<std::size_t>(s.capacity) + 1)
     {
     }
     ~tracker() { zel_tracker_release(handle_); }
@@ -45,15 +48,24 @@ public:
     void process(frame rows)
     {
         rows.push_back({});
-        zel_tracker_process(handle_, reinterpret_cast<float(*)[6]>(rows.data()),
-                            reinterpret_cast<float(*)[8]>(output_.data()));
+        recorder::process(&recorder_, handle_, input_of(rows), output());
     }
+    void process_unrecorded(frame rows)
+    {
+        rows.push_back({});
+        zel_tracker_process(handle_, input_of(rows), output());
+    }
+    const recording& recorded() const { return recorder_.result(); }
     const tracker_t& records() const { return *static_cast<const tracker_t*>(handle_); }
-    const std::vector<std::array<float, 8>>& output() const { return output_; }
+    const std::vector<std::array<float, 8>>& rows() const { return rows_; }
 
 private:
+    static float (*input_of(frame& rows))[6] { return reinterpret_cast<float(*)[6]>(rows.data()); }
+    float (*output())[8] { return reinterpret_cast<float(*)[8]>(rows_.data()); }
+
     void* handle_;
-    std::vector<std::array<float, 8>> output_;
+    recorder recorder_;
+    std::vector<std::array<float, 8>> rows_;
 };
 
 // Boxes so close together that every track is contested. Halves, so that equal distances occur.
@@ -68,19 +80,19 @@ static frame crowd(std::mt19937& random, int count, unsigned widest = 24)
     return rows;
 }
 
-// --- fates -----------------------------------------------------------------------------------------------------------
+// --- reasons ---------------------------------------------------------------------------------------------------------
 
 // Replays everything and gives, for each track there was before the last frame, the detection of that frame it took.
 static std::vector<int> holders(const setting& s, const std::vector<frame>& before, const frame& last)
 {
     tracker replay(s);
     for (const frame& f : before)
-        replay.process(f);
+        replay.process_unrecorded(f);
     std::vector<const trk_obj_t*> tracks;
     const tracker_t& records = replay.records();
     for (const list_head* node = records.track_list.next; node != &records.track_list; node = node->next)
         tracks.push_back(reinterpret_cast<const trk_obj_t*>(node));
-    replay.process(last);
+    replay.process_unrecorded(last);
     std::vector<int> taken(tracks.size(), -1);
     for (int n = 0; n < records.ncurobjs; ++n) {
         const auto at = std::find(tracks.begin(), tracks.end(), records.match_obj[n]);
@@ -95,36 +107,37 @@ static bool takes(const std::vector<int>& taken, int n)
     return std::find(taken.begin(), taken.end(), n) != taken.end();
 }
 
-static verdict true_verdict(const setting& s, const std::vector<frame>& before, const frame& last, int n, bool far)
+static outcome true_outcome(const setting& s, const std::vector<frame>& before, const frame& last, int n, bool far)
 {
     const frame so_far(last.begin(), last.begin() + n + 1);
     if (far)
-        return verdict::far;
+        return outcome::far;
     if (takes(holders(s, before, last), n))
-        return verdict::took;
+        return outcome::took;
     if (!takes(holders(s, before, {last[static_cast<std::size_t>(n)]}), 0))
-        return verdict::refused;
-    return takes(holders(s, before, so_far), n) ? verdict::displaced : verdict::lost;
+        return outcome::refused;
+    return takes(holders(s, before, so_far), n) ? outcome::displaced : outcome::lost;
 }
 
-static void check_rival(const setting& s, const std::vector<frame>& before, const frame& last, int n, const fate& f)
+static void check_rival(const setting& s, const std::vector<frame>& before, const frame& last, int n,
+                        const association& f)
 {
-    const auto held_behind = [&](int m) {
+    const auto holder_after = [&](int m) {
         const frame so_far(last.begin(), last.begin() + m + 1);
         return holders(s, before, so_far)[static_cast<std::size_t>(f.nearest)];
     };
-    if (f.what == verdict::lost) {
-        EXPECT_EQ(held_behind(n), f.rival);
-    } else if (f.what == verdict::displaced) {
-        EXPECT_EQ(held_behind(f.rival - 1), n);
-        EXPECT_EQ(held_behind(f.rival), f.rival);
+    if (f.result == outcome::lost) {
+        EXPECT_EQ(holder_after(n), f.rival);
+    } else if (f.result == outcome::displaced) {
+        EXPECT_EQ(holder_after(f.rival - 1), n);
+        EXPECT_EQ(holder_after(f.rival), f.rival);
     }
 }
 
-TEST(Fates, AgreeWithTheTrackerOnRandomFrames)
+TEST(Reasons, AgreeWithTheTrackerOnRandomFrames)
 {
     std::mt19937 random(7);
-    std::map<verdict, int> seen;
+    std::map<outcome, int> seen;
     for (int round = 0; round < 300; ++round) {
         const float euc = round % 3 ? 1 : 0, iou = 0.1F * static_cast<float>(round % 5);
         const setting s = {8, euc, iou, 1 + round % 3, 1 + round % 4, round % 7 == 0};
@@ -134,26 +147,22 @@ TEST(Fates, AgreeWithTheTrackerOnRandomFrames)
             f = crowd(random, static_cast<int>(random() % 6), widest);
         const frame last = crowd(random, 8, widest);
         tracker subject(s);
-        recorder records;
-        for (const frame& f : before) {
+        for (const frame& f : before)
             subject.process(f);
-            records.observe(subject.records());
-        }
-        const std::size_t first = records.result().detections.size();
+        const std::size_t first = subject.recorded().detections.size();
         subject.process(last);
-        records.observe(subject.records());
         for (int n = 0; n < 8; ++n) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", detection " << n);
-            const recorded_detection& d = records.result().detections[first + static_cast<std::size_t>(n)];
+            const recorded_detection& d = subject.recorded().detections[first + static_cast<std::size_t>(n)];
             const bool far = subject.records().match_score[n] == 100;
-            ASSERT_EQ(d.why.what, true_verdict(s, before, last, n, far));
-            EXPECT_EQ(d.started, d.why.what != verdict::took && subject.records().match_obj[n]);
+            ASSERT_EQ(d.why.result, true_outcome(s, before, last, n, far));
+            EXPECT_EQ(d.started, d.why.result != outcome::took && subject.records().match_obj[n]);
             check_rival(s, before, last, n, d.why);
-            ++seen[d.why.what];
+            ++seen[d.why.result];
         }
     }
-    for (const verdict v : {verdict::took, verdict::far, verdict::refused, verdict::lost, verdict::displaced})
-        EXPECT_GT(seen[v], 20) << "of verdict " << static_cast<int>(v);
+    for (const outcome v : {outcome::took, outcome::far, outcome::refused, outcome::lost, outcome::displaced})
+        EXPECT_GT(seen[v], 20) << "of outcome " << static_cast<int>(v);
 }
 
 // --- lives -----------------------------------------------------------------------------------------------------------
@@ -178,19 +187,18 @@ static const life_case life_cases[] = {
     {"a record used again is another life", 1, 1, "d..d..d", 3, 3, 0, ending::missed_too_long, {}},
 };
 
-TEST(Lives, AreReadOffTheRecords)
+TEST(Lives, AreRecorded)
 {
     for (const life_case& c : life_cases) {
         SCOPED_TRACE(c.name);
         tracker subject({4, 1, 0.3F, c.stable, c.removal, 0});
-        recorder records;
-        for (const char* f = c.frames; *f != '\0'; ++f) {
+        for (const char* f = c.frames; *f != '\0'; ++f)
             subject.process(*f == 'd' ? frame{{1, 0, 0, 20, 20, 1}} : frame{});
-            records.observe(subject.records());
-        }
-        ASSERT_EQ(records.result().lives.size(), c.lives);
-        const life& l = records.result().lives[0];
-        EXPECT_TRUE(l.birth == 1 && l.rows.size() == c.rows && l.confirmed == c.confirmed);
+        ASSERT_EQ(subject.recorded().lives.size(), c.lives);
+        const life& l = subject.recorded().lives[0];
+        EXPECT_EQ(l.birth, 1);
+        EXPECT_EQ(l.rows.size(), c.rows);
+        EXPECT_EQ(l.confirmed, c.confirmed);
         EXPECT_EQ(l.id, c.confirmed < 0 ? -1 : 1);
         EXPECT_EQ(l.end, c.end);
         EXPECT_EQ(l.rows.back().detection < 0, c.end != ending::end_of_file);
@@ -198,17 +206,20 @@ TEST(Lives, AreReadOffTheRecords)
     }
 }
 
-TEST(Recorder, HasTheBoxesThatTheTrackerReports)
+TEST(Recorder, HasTheRowsOfTheTracker)
 {
     std::mt19937 random(3);
-    tracker subject({12, 1, 0.1F, 2, 3, 0});
-    recorder records;
+    const setting s = {12, 1, 0.1F, 2, 3, 0};
+    tracker subject(s);
+    tracker plain(s);
     int compared = 0;
     for (int f = 1; f <= 60; ++f) {
-        subject.process(crowd(random, static_cast<int>(random() % 7)));
-        records.observe(subject.records());
-        for (auto out = subject.output().begin(); (*out)[0] > 0; ++out, ++compared) {
-            const auto& lives = records.result().lives;
+        const frame input = crowd(random, static_cast<int>(random() % 7));
+        subject.process(input);
+        plain.process_unrecorded(input);
+        ASSERT_EQ(subject.rows(), plain.rows());
+        for (auto out = subject.rows().begin(); (*out)[0] > 0; ++out, ++compared) {
+            const auto& lives = subject.recorded().lives;
             const auto l = std::find_if(lives.begin(), lives.end(),
                                         [&](const life& it) { return static_cast<float>(it.id) == (*out)[0]; });
             ASSERT_NE(l, lives.end());
@@ -224,19 +235,16 @@ TEST(Recorder, HasTheBoxesThatTheTrackerReports)
 TEST(Recorder, KeepsWhoFoundNoRoom)
 {
     tracker subject({2, 1, 0.3F, 1, 5, 0});
-    recorder records;
     subject.process({{1, 0, 0, 9, 9, 1}, {1, 50, 0, 59, 9, 1}});
-    records.observe(subject.records());
     subject.process({{1, 0, 0, 9, 9, 1}, {1, 0, 90, 9, 99, 1}});
-    records.observe(subject.records());
-    const recorded_detection& last = records.result().detections.back();
-    EXPECT_EQ(last.why.what, verdict::far);
+    const recorded_detection& last = subject.recorded().detections.back();
+    EXPECT_EQ(last.why.result, outcome::far);
     EXPECT_FALSE(last.started);
     EXPECT_EQ(last.why.nearest, 0);
     EXPECT_FLOAT_EQ(last.why.distance, 90 * 90);
 }
 
-// --- the truth -------------------------------------------------------------------------------------------------------
+// --- ground truth ----------------------------------------------------------------------------------------------------
 
 // Every box is 10 x 10; a digit is its x in steps of 3, of which one leaves more than half in common and two do not.
 struct identity_case {

@@ -23,7 +23,7 @@ static void run(command_line& line)
     refuse_same_file(options.detections, output);
     const sequence input = load_sequence(options);
     output_file results(output);
-    const auto write = [&results](int, const std::vector<track_row>& rows, const void*) {
+    const auto write = [&results](int, const std::vector<track_row>& rows) {
         for (const track_row& row : rows)
             append_row(results.buffer(), row.box);
         results.flush_if_full();

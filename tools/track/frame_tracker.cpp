@@ -12,9 +12,17 @@
 
 namespace zeltrack {
 
-frame_tracker::frame_tracker(const track_options& options, double scale, int capacity)
+static void process_plainly(void*, void* tracker, float (*input)[6], float (*output)[8])
+{
+    zel_tracker_process(tracker, input, output);
+}
+
+const frame_process plain_process = {process_plainly, nullptr};
+
+frame_tracker::frame_tracker(const track_options& options, double scale, int capacity, const frame_process& process)
     : handle_(zel_tracker_create(0, 0, capacity, options.euc, options.iou, options.stable, options.removal,
                                  options.ignore_class ? 1 : 0)),
+      process_(process),
       scale_(scale),
       capacity_(static_cast<std::size_t>(capacity)),
       input_(std::make_unique<float[][6]>(capacity_)),
@@ -66,7 +74,7 @@ const std::vector<track_row>& frame_tracker::process(int frame, const mot_row* f
     using clock = std::chrono::steady_clock;
     put(first, last);
     const clock::time_point start = clock::now();
-    zel_tracker_process(handle_.get(), input_.get(), output_.get());
+    process_.run(process_.context, handle_.get(), input_.get(), output_.get());
     seconds_ += std::chrono::duration<double>(clock::now() - start).count();
     take(frame);
     return rows_;

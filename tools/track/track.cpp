@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "cli/progress.h"
-#include "track/frame_tracker.h"
 #include "track/scale.h"
 #include "track/steps.h"
 
@@ -52,14 +51,15 @@ static double wider_scale(step_watch& steps, double automatic)
     return std::max(gate_units / (2 * steps.reach(0.9)), automatic / 4);
 }
 
-track_summary track_sequence(const sequence& input, const track_options& options, const frame_callback& each)
+track_summary track_sequence(const sequence& input, const track_options& options, const frame_callback& each,
+                             const frame_process& process)
 {
     track_summary summary;
     summary.input = &input;
     summary.scale = options.scale > 0 ? options.scale : automatic_scale(input.rows);
     summary.ample = ample_capacity(input.rows, options.removal);
     summary.capacity = options.max_objects > 0 ? options.max_objects : std::min(summary.ample, max_chosen_capacity);
-    frame_tracker tracker(options, summary.scale, summary.capacity);
+    frame_tracker tracker(options, summary.scale, summary.capacity, process);
     tally counts(summary, options.coasted);
     step_watch steps;
     progress bar(!options.quiet, "frame", input.frames);
@@ -71,7 +71,7 @@ track_summary track_sequence(const sequence& input, const track_options& options
         while (last != end && last->frame == frame)
             ++last;
         const std::vector<track_row>& rows = tracker.process(frame, first, last);
-        each(frame, counts.count(rows, last - first), tracker.handle());
+        each(frame, counts.count(rows, last - first));
         steps.observe(first, first + std::min<std::ptrdiff_t>(last - first, summary.capacity), rows);
         bar.update(frame);
         first = last;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/command_line.h"
+#include "track/frame_tracker.h"
 #include "track/options.h"
 #include "track/sequence.h"
 #include "track/summary.h"
@@ -17,10 +18,10 @@ namespace zeltrack {
 
 extern const subcommand track_command;
 
-// The handle is the tracker's, right after the frame.
-using frame_callback = std::function<void(int frame, const std::vector<track_row>& rows, const void* handle)>;
+using frame_callback = std::function<void(int frame, const std::vector<track_row>& rows)>;
 
 // Runs the tracker over all frames, empty ones too, and hands on each frame's rows.
-track_summary track_sequence(const sequence& input, const track_options& options, const frame_callback& each);
+track_summary track_sequence(const sequence& input, const track_options& options, const frame_callback& each,
+                             const frame_process& process = plain_process);
 
 }  // namespace zeltrack

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The two encodings that put data into the page.
+// Bytes, and their base64.
 #include "view/column.h"
 
 #include <cstddef>
@@ -33,21 +33,6 @@ std::string column::base64() const
     }
     const std::size_t padding = (3 - bytes_.size() % 3) % 3;
     return out.replace(out.size() - padding, padding, padding, '=');
-}
-
-std::string json_string(std::string_view text)
-{
-    static const char digits[] = "0123456789abcdef";
-    std::string out = "\"";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        // "</script>" and "<!--" would end or change the element
-        if (byte < 0x20 || byte == 0x7f || c == '"' || c == '\\' || c == '<')
-            out.append("\\u00").append({digits[byte >> 4], digits[byte & 15]});
-        else
-            out += c;
-    }
-    return out += '"';
 }
 
 }  // namespace zeltrack

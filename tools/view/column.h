@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace zeltrack {
 
@@ -22,8 +21,5 @@ public:
 private:
     std::string bytes_;
 };
-
-// A string of JSON, quotes included, that is safe within a script element of HTML, too.
-std::string json_string(std::string_view text);
 
 }  // namespace zeltrack

@@ -1,84 +1,156 @@
 // SPDX-License-Identifier: MIT
 //
-// The tracker's list, compared with itself from frame to frame. The list stays in the order of birth, and a record is
-// freed only after the new tracks of its frame were made: within one frame an address means one track.
+// The stages of zel_tracker_process(), called one by one. Within a frame the address of a record means one track: records
+// are freed only in the last stage, after the new tracks were made.
 #include "view/recorder.h"
+
+#include <unordered_map>
+
+#include "track/scale.h"
+#include "zel_tracker.cpp"
 
 namespace zeltrack {
 
-static const trk_obj_t* track_of(const list_head* node)
+static_assert(gate == gate_units * gate_units, "the command and the tracker have the same gate");
+
+static centre_box box_of(const trk_obj_t& obj)
 {
-    return reinterpret_cast<const trk_obj_t*>(node);
+    return {obj.x, obj.y, obj.w, obj.h};
+}
+
+static centre_box prediction_of(const trk_obj_t& obj)
+{
+    return {obj.pr_x, obj.pr_y, obj.pr_w, obj.pr_h};
+}
+
+// --- association -----------------------------------------------------------------------------------------------------
+
+// Of a detection of the current frame.
+association& recorder::association_of(int n)
+{
+    const auto first = recording_.detections.end() - recording_.detections_of_frame.back();
+    return first[n].why;
+}
+
+// The same search without the gate, whose results are then thrown away.
+void recorder::note_nearest(const tracker_t& tracker)
+{
+    std::unordered_map<const trk_obj_t*, int> place;
+    for (const live_track& track : live_)
+        place.emplace(track.record, static_cast<int>(place.size()));
+    for (int n = 0; n < tracker.ncurobjs; ++n) {
+        const det_obj_t& det = tracker.cur_obj[n];
+        recorded_detection noted{det.c, {det.x, det.y, det.w, det.h}, det.s, {}};
+        if (const trk_obj_t* nearest = tracker.match_obj[n])
+            noted.why = {outcome::far, place[nearest], tracker.match_score[n], predicted_iou(nearest, &det)};
+        recording_.detections.push_back(noted);
+    }
+}
+
+void recorder::claim(tracker_t& tracker, int n)
+{
+    association& mine = association_of(n);
+    const trk_obj_t* track = tracker.match_obj[n];
+    const int holder = track->match_idx;
+    claim_track(&tracker, n);
+    if (track->match_idx == n) {
+        mine.result = outcome::took;
+        if (holder >= 0) {
+            association_of(holder).result = outcome::displaced;
+            association_of(holder).rival = n;
+        }
+    } else if (overlaps_enough(&tracker, track, &tracker.cur_obj[n], mine.distance)) {
+        mine.result = outcome::lost;
+        mine.rival = holder;
+    } else {
+        mine.result = outcome::refused;
+    }
+}
+
+void recorder::associate(tracker_t& tracker)
+{
+    recording_.detections_of_frame.push_back(tracker.ncurobjs);
+    find_nearest(&tracker, HUGE_VALF);
+    note_nearest(tracker);
+    find_nearest(&tracker, gate);
+    for (int n = 0; n < tracker.ncurobjs; ++n)
+        if (tracker.match_obj[n])
+            claim(tracker, n);
+}
+
+// --- lives -----------------------------------------------------------------------------------------------------------
+
+// A new track stands at the end of the list, with the detection that started it.
+void recorder::note_births(const tracker_t& tracker)
+{
+    const auto first = recording_.detections.end() - tracker.ncurobjs;
+    for (int n = 0; n < tracker.ncurobjs; ++n) {
+        const trk_obj_t* obj = tracker.match_obj[n];
+        first[n].started = obj && first[n].why.result != outcome::took;
+        if (!first[n].started)
+            continue;
+        live_.push_back({obj, static_cast<int>(recording_.lives.size()), 0});
+        recording_.lives.emplace_back();
+        recording_.lives.back().birth = static_cast<int>(recording_.detections_of_frame.size());
+        recording_.lives.back().rows.push_back({n, box_of(*obj), box_of(*obj)});
+    }
+}
+
+// Before the update, which may free a record: what becomes of it is known once it is missing.
+void recorder::note_rows(const tracker_t& tracker)
+{
+    for (const live_track& track : live_) {
+        trk_obj_t obj = *track.record;
+        life_of(track).rows.push_back({obj.match_idx, prediction_of(obj), box_of(obj)});
+        obj.miss_count = next_count(obj.miss_count);
+        life_of(track).end = outlived(&tracker, &obj) ? ending::missed_too_long : ending::tentative_too_long;
+    }
 }
 
 // Confirmation, and the matches that a tentative track forgets after a long gap.
-void recorder::note_changes(const trk_obj_t& obj, const live_track& before)
-{
-    life& l = life_of(before);
-    const int row = static_cast<int>(l.rows.size()) - 1;
-    if (obj.id >= 0 && l.id < 0) {
-        l.id = obj.id;
-        l.confirmed = row;
-    }
-    if (obj.match_count < before.match_count)
-        l.forgotten.push_back(row);
-}
-
-void recorder::start(const trk_obj_t& obj)
-{
-    const live_track track{&obj, static_cast<int>(recording_.lives.size()), obj.c, obj.match_count, 0};
-    const centre_box box{obj.x, obj.y, obj.w, obj.h};
-    recording_.lives.emplace_back();
-    life_of(track).birth = static_cast<int>(recording_.detections_of_frame.size());
-    life_of(track).rows.push_back({obj.match_idx, box, box});
-    note_changes(obj, track);
-    live_.push_back(track);
-}
-
-predicted_track recorder::carry_on(const trk_obj_t& obj, live_track track)
-{
-    life_of(track).rows.push_back(
-        {obj.match_idx, {obj.pr_x, obj.pr_y, obj.pr_w, obj.pr_h}, {obj.x, obj.y, obj.w, obj.h}});
-    note_changes(obj, track);
-    // a match may change the class only where classes are ignored, so that the new one serves the fates as well
-    track = {&obj, track.number, obj.c, obj.match_count, obj.miss_count};
-    live_.push_back(track);
-    return {obj.pr_x, obj.pr_y, obj.pr_w, obj.pr_h, obj.c, obj.match_idx};
-}
-
-// The record is gone, but nothing is lost with it. No track is removed at its first miss, so it was missed in the frame
-// before, too, and from one miss to the next the prediction stands still.
-predicted_track recorder::end(const tracker_t& tracker, const live_track& track)
+void recorder::note_changes(live_track& track)
 {
     life& l = life_of(track);
-    const life_row last = l.rows.back();
-    l.rows.push_back(last);
-    l.end = track.miss_count + 1 > tracker.fcnt_removal ? ending::missed_too_long : ending::tentative_too_long;
-    const centre_box& p = last.predicted;
-    return {p.x, p.y, p.w, p.h, track.c, -1};
+    const int row = static_cast<int>(l.rows.size()) - 1;
+    l.rows.back().box = box_of(*track.record);
+    l.end = ending::end_of_file;
+    if (track.record->id >= 0 && l.id < 0) {
+        l.id = track.record->id;
+        l.confirmed = row;
+    }
+    if (track.record->match_count < track.match_count)
+        l.forgotten.push_back(row);
+    track.match_count = track.record->match_count;
 }
 
-void recorder::observe(const tracker_t& tracker)
+void recorder::note_update(const tracker_t& tracker)
 {
-    recording_.detections_of_frame.push_back(tracker.ncurobjs);
-    std::vector<live_track> before;
-    before.swap(live_);
-    std::vector<predicted_track> tracks;
+    std::vector<live_track> left;
     const list_head* node = tracker.track_list.next;
-    for (const live_track& track : before) {
-        const bool alive = node != &tracker.track_list && track_of(node) == track.record;
-        tracks.push_back(alive ? carry_on(*track_of(node), track) : end(tracker, track));
-        if (alive)
-            node = node->next;
+    for (live_track& track : live_) {
+        if (node != &track.record->list)
+            continue;
+        note_changes(track);
+        left.push_back(track);
+        node = node->next;
     }
-    const std::vector<fate> fates = find_fates(tracker, tracks);
-    const std::size_t first = recording_.detections.size();
-    for (std::size_t n = 0; n < fates.size(); ++n)
-        recording_.detections.push_back({tracker.cur_obj[n], fates[n], false});
-    for (; node != &tracker.track_list; node = node->next) {
-        start(*track_of(node));
-        recording_.detections[first + static_cast<std::size_t>(track_of(node)->match_idx)].started = true;
-    }
+    live_.swap(left);
+}
+
+void recorder::process(void* context, void* handle, float (*input)[6], float (*output)[8])
+{
+    recorder& self = *static_cast<recorder*>(context);
+    tracker_t& tracker = *static_cast<tracker_t*>(handle);
+    tracker_extract(&tracker, input);
+    predict_tracks(&tracker);
+    self.associate(tracker);
+    self.note_rows(tracker);
+    tracker_add_objects(&tracker);
+    self.note_births(tracker);
+    tracker_update(&tracker);
+    self.note_update(tracker);
+    if (output)
+        tracker_get_tracks(&tracker, output);
 }
 
 }  // namespace zeltrack

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 //
-// The truth beside the tracks: which identifier follows which true object, and where that changes.
+// Ground truth beside the tracks: which identifier follows which true object, and where that changes.
 #pragma once
 
 #include <map>
 #include <vector>
 
-#include "track/track.h"
+#include "track/track_row.h"
 
 namespace zeltrack {
 
 struct identity_change {
     int frame;
-    int object;  // identifier in the truth
+    int object;  // identifier in the ground truth
     int before;  // of the track
     int after;
 };

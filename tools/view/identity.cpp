@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Pairs of objects and tracks, taken greedily: first those that go on, then by overlap.
-#include "view/truth.h"
+#include "view/identity.h"
 
 #include <algorithm>
 #include <cstddef>
