@@ -77,6 +77,7 @@ only blank lines|\n \n\r\n||
 no last newline|1,-1,10,20,30,40,0.5||1,1,10,20,30,40,0.5
 carriage returns|1,-1,10,20,30,40,0.5\r\n2,-1,10,20,30,40,0.5\r\n||1,1,10,20,30,40,0.5\n2,1,10,20,30,40,0.5
 blanks around numbers| 1 ,\t-1, 10,20 ,30\t, 40 , 0.5 ||1,1,10,20,30,40,0.5
+too small for a float|1,-1,1e-50,-1e-400,3,4,0.5||1,1,0,0,3,4,0.5
 other spellings of numbers|1e+00,-1,+10,2e1,30.,040,5e-1||1,1,10,20,30,40,0.5
 columns beyond those read|1,x,10,20,30,40,0.5,nan,,?\n||1,1,10,20,30,40,0.5
 too small for a float|1,-1,10,20,30,40,1e-60\n||1,1,10,20,30,40,0
@@ -101,10 +102,17 @@ hostile_files() {
     check "an executable" "1|1" "$status|$(wc -l <stderr | tr -d ' ')"
     run track .
     check "a directory" "1|zeltrack: .: Is a directory" "$status|$err"
+    for reading in "- <." "- <&-"; do
+        eval "run track $reading"
+        check "track $reading" "1|zeltrack: standard input: |" "$status|${err%%[IB]*}|$out"
+    done
     run track none.txt
     check "no such file" "1|zeltrack: none.txt: No such file or directory" "$status|$err"
     run track "$(printf 'two\nlines')"
     check "a name of two lines" "1|zeltrack: two\\x0alines: No such file or directory" "$status|$err"
+    run track "$(printf 'a\302\233b\342\200\256c\377\303\244')"
+    check "a name that steers the terminal" \
+        "1|zeltrack: a\\xc2\\x9bb\\xe2\\x80\\xaec\\xff$(printf '\303\244'): No such file or directory" "$status|$err"
     run track "$(printf '%05000d' 0)"
     check "a name too long" "1|zeltrack: $(printf '%05000d' 0): File name too long" "$status|$err"
     printf '1,-1,10,20,30,40,0.5\n' >in.txt
@@ -157,6 +165,10 @@ negative seed|synth --seed -1
 END
     run track in.txt -o in.txt
     check "input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
+    run track - -o in.txt <in.txt
+    check "standard input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
+    run synth -o /dev/stdout --gt -
+    check "two results in one stream" "2|zeltrack: -: expected a file for each output" "$status|$err"
     run view in.txt --gt truth.txt -o truth.txt
     check "truth as page" "2|zeltrack: truth.txt: expected an output other than the input" "$status|$err"
     run view - --gt - -o page.html
@@ -262,6 +274,10 @@ output() {
     wait
     check "a named pipe stays one" "0|$row" "$status|$(cat piped.txt)"
     [ -p pipe ] || return 1  # and devices were replaced, too
+    echo before >log && zeltrack $track in.txt -o /dev/fd/3 3>>log && ln -s /dev/stderr to_log &&
+        zeltrack $track in.txt -o to_log 2>>log
+    check "an open descriptor is written to, not what it leads to" "before $row $row" "$(echo $(cat log))"
+    check "a descriptor of a pipe" "$row" "$(zeltrack $track in.txt -o /dev/fd/1 | cat)"
     run $track in.txt -o /dev/full
     check "a full device" "1|zeltrack: /dev/full: No space left on device" "$status|$err"
     (ulimit -f 1 && zeltrack synth -o large.txt 2>/dev/null)

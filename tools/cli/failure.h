@@ -24,7 +24,8 @@ public:
 // "NAME: reason", with the reason of an errno value.
 failure system_failure(const std::string& name, int error);
 
-// Text of foreign origin, fit for one line of a terminal: control characters become \xNN.
+// Text of foreign origin, fit for one line of a terminal: control characters, marks that turn the direction of writing
+// and bytes that are no UTF-8 become \xNN.
 std::string printable(std::string_view text);
 
 // The same in quotes, for data: cut short, and with everything beyond ASCII escaped, since it need not be UTF-8.

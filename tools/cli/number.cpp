@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Rounded numbers, for people.
+// Rounded numbers, for people; and the numbers that are too small to be read.
 #include "cli/number.h"
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace zeltrack {
@@ -13,6 +15,26 @@ std::string to_text(double value, int digits)
     const bool whole = std::fabs(value) >= 1000;
     const std::chars_format format = whole ? std::chars_format::fixed : std::chars_format::general;
     return {buffer, std::to_chars(buffer, buffer + sizeof(buffer), value, format, whole ? 0 : digits).ptr};
+}
+
+bool below_one(std::string_view text)
+{
+    const std::size_t mark = std::min(text.find_first_of("eE"), text.size());
+    const std::string_view digits = text.substr(0, mark);
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    const std::size_t first = digits.find_first_of("123456789");
+    if (first == std::string_view::npos)
+        return true;
+    text.remove_prefix(std::min(mark + 1, text.size()));
+    if (!text.empty() && text[0] == '+')
+        text.remove_prefix(1);
+    long long exponent = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), exponent);
+    if (error == std::errc::result_out_of_range)
+        return text[0] == '-';
+    // digits before the point that the leading one has after it, itself included; below 0 right of the point
+    const long long places = static_cast<long long>(point) - static_cast<long long>(first) + (first > point ? 1 : 0);
+    return exponent <= -places;
 }
 
 }  // namespace zeltrack

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <charconv>
-#include <cmath>
 #include <string>
 #include <string_view>
 
@@ -34,25 +33,20 @@ std::string to_text(const range<T>& allowed)
     return to_text(allowed.low) + " to " + to_text(allowed.high);
 }
 
-// The whole text as a decimal number within the range; a NaN is within none.
+// True if the text, which is that of a number, begins a number below 1, however small: 1e-400 is one.
+bool below_one(std::string_view text);
+
+// The whole text as a decimal number within the range; a NaN is within none. What is too small for the type is 0.
 template <typename T>
 bool parse_number(std::string_view text, const range<T>& allowed, T& value)
 {
-    const auto convert = [&text](auto& number) {
-        return std::from_chars(text.data(), text.data() + text.size(), number);
-    };
     if (text.size() > 1 && text[0] == '+' && text[1] != '-')
         text.remove_prefix(1);
-    std::from_chars_result result = convert(value);
-    if (result.ec == std::errc::result_out_of_range) {
-        // also said of what is too small for a float, like 1e-50; that is as good as 0
-        double wide = 1;
-        result = convert(wide);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const bool too_small = error == std::errc::result_out_of_range && below_one(text);
+    if (too_small)
         value = 0;
-        if (!(std::fabs(wide) < 1))
-            return false;
-    }
-    return result.ec == std::errc() && result.ptr == text.data() + text.size() && value >= allowed.low &&
+    return (too_small || error == std::errc()) && end == text.data() + text.size() && value >= allowed.low &&
            value <= allowed.high;
 }
 

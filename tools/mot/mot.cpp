@@ -32,8 +32,6 @@ static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_f
             return mot_error{number, *wrong};
         rows.push_back(row);
     }
-    if (in.bad())
-        return mot_error{0, "reading failed"};
     if (!in.eof())
         return mot_error{number,
                          expected("a line of at most " + to_text(max_line) + " characters", {buffer, max_line})};

@@ -35,12 +35,13 @@ struct mot_classes {
 };
 
 struct mot_error {
-    std::size_t line;  // 0: not of one line, but of reading
+    std::size_t line;  // from 1
     std::string text;
 };
 
 // Append all rows of a detection file, in the order of the file. The identifier column is not read. Stops at the first
-// line that is wrong; memory is bounded by the rows, however long a line is.
+// line that is wrong; memory is bounded by the rows, however long a line is. The stream must throw what goes wrong with
+// reading: here the end of a stream is the end of the file.
 std::optional<mot_error> read_detections(std::istream& in, const mot_classes& classes, std::vector<mot_row>& rows);
 
 // The same for true boxes, whose identifiers are read and whose classes are not.

@@ -47,12 +47,6 @@ static void append_rows(output_file& file, const std::vector<mot_row>& rows)
     file.flush_if_full();
 }
 
-static std::filesystem::path place(const std::string& path)
-{
-    std::error_code ignored;
-    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
-}
-
 static void write_sequence(const synth_options& options, output_file& detections, std::optional<output_file>& truth)
 {
     synth_scene scene(options);
@@ -73,18 +67,19 @@ static void run(command_line& line)
     synth_options options;
     std::string output = "-";
     std::string truth_output;
+    bool no_sync = false;
     declare_options(line, options);
     line.text("--gt", "FILE", truth_output, "write the truth, with identifiers, to this file");
     line.text("-o,--output", "OUT", output, "where to write the detections; - is standard output, the default");
+    line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
         return;
-    if (!truth_output.empty() && place(output) == place(truth_output))
-        throw failure("--gt: expected a file other than that of the detections", exit_usage);
+    refuse_shared_files({}, {output, truth_output});
 
-    output_file detections(output);
+    output_file detections(output, !no_sync);
     std::optional<output_file> truth;
     if (!truth_output.empty())
-        truth.emplace(truth_output);
+        truth.emplace(truth_output, !no_sync);
     write_sequence(options, detections, truth);
     detections.commit();
     if (truth)

@@ -13,16 +13,18 @@ static void run(command_line& line)
 {
     track_options options;
     std::string output = "-";
+    bool no_sync = false;
     declare_options(line, options);
     line.text("-o,--output", "OUT", output,
               "where to write the tracks; - is standard output, the default.\n"
               "A file appears when all of it is there");
+    line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
         return;
 
-    refuse_same_file(options.detections, output);
+    refuse_shared_files({options.detections}, {output});
     const sequence input = load_sequence(options);
-    output_file results(output);
+    output_file results(output, !no_sync);
     const auto write = [&results](int, const std::vector<track_row>& rows) {
         for (const track_row& row : rows)
             append_row(results.buffer(), row.box);

@@ -15,21 +15,22 @@ static void run(command_line& line)
     view_options options;
     std::string output;
     std::string truth;
+    bool no_sync = false;
     declare_options(line, options.track);
     line.text("--gt", "FILE", truth, "the truth, with identifiers, to be shown beside the tracks");
     line.text("-o,--output", "PAGE", output, "where to write the page; - is standard output").required();
+    line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
         return;
 
     options.command = line.typed();
-    refuse_same_file(options.track.detections, output);
-    refuse_same_file(truth, output);
+    refuse_shared_files({options.track.detections, truth}, {output});
     if (truth == "-" && options.track.detections == "-")
         throw failure("--gt: expected a file other than that of the detections", exit_usage);
     const sequence input = load_sequence(options.track);
     if (!truth.empty())
         options.truth = load_truth(truth);
-    output_file page(output);
+    output_file page(output, !no_sync);
     const track_summary summary = view_sequence(input, options, page.buffer());
     page.commit();
     if (!options.track.quiet)
