@@ -136,6 +136,8 @@ usage() {
     printf '1,-1,10,20,30,40,0.5\n' | tee in.txt >truth.txt
     printf 'iou = 7\n' >range.toml
     printf 'speed = 7\n' >unknown.toml
+    printf '[a.b]\n' >section.toml
+    printf 'coasted = perhaps\n' >flag.toml
     while IFS='|' read -r name arguments; do
         run $arguments
         check "$name" "2||1" "$status|$out|$(grep -c '^zeltrack: .* (see zeltrack .*--help)$' stderr)"
@@ -159,12 +161,20 @@ given twice|track --iou 0.1 --iou 0.2 in.txt
 no configuration|track --config none.toml in.txt
 range in a configuration|track --config range.toml in.txt
 unknown name in a configuration|track --config unknown.toml in.txt
+a section in a configuration|track --config section.toml in.txt
+a flag in a configuration|track --config flag.toml in.txt
+an endless configuration|track --config /dev/zero in.txt
 half a size|synth --size 640x
 no size|synth --size 0x480
 negative seed|synth --seed -1
 END
     run track in.txt -o in.txt
     check "input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
+    printf 'stable = 010\n\niou = 7 # too much\n' >line.toml
+    run track --config line.toml in.txt
+    check "the line of a configuration" "zeltrack: line.toml:3: --iou: expected a number from 0 to 1, found \"7\"" "$err"
+    run track --help --stable 010
+    check "decimal, whatever the zeros" 0 "$status"
     run track - -o in.txt <in.txt
     check "standard input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
     run synth -o /dev/stdout --gt -

@@ -8,8 +8,11 @@
 #include <cctype>
 #include <cstring>
 #include <iostream>
+#include <sstream>
 
 namespace zeltrack {
+
+static constexpr std::size_t longest_message = 200;  // an argument may have any length
 
 struct command_line::parts {
     CLI::App app;
@@ -59,10 +62,87 @@ option command_line::custom(const std::string& names, const std::string& unit, c
     return option(parts_->app.add_option(names)->description(help)->type_name(unit)->check(read));
 }
 
+// --- options from a file ---------------------------------------------------------------------------------------------
+
+namespace {
+
+// Plain lines in place of CLI11's nested sections, which take memory without bound and know no line numbers. An option
+// of the command line comes first.
+class plain_config : public CLI::Config {
+public:
+    explicit plain_config(CLI::App& app) : app_(app) {}
+
+    std::vector<CLI::ConfigItem> from_config(std::istream& input) const override
+    {
+        const std::string name = printable(app_.get_config_ptr()->as<std::string>());
+        std::string text(most + 1, '\0');
+        input.read(text.data(), static_cast<std::streamsize>(text.size()));
+        if (input.bad())
+            throw failure(name + ": reading failed");
+        text.resize(static_cast<std::size_t>(input.gcount()));
+        if (text.size() > most)
+            throw failure(name + ": expected a file of at most " + to_text(most) + " bytes", exit_usage);
+        const std::vector<CLI::Option*> typed = app_.get_options([](CLI::Option* it) { return !it->empty(); });
+        std::istringstream lines(text);
+        std::string line;
+        for (int number = 1; std::getline(lines, line); ++number) {
+            const std::string wrong = take(line.substr(0, line.find('#')), typed);
+            if (!wrong.empty())
+                throw failure(name + ':' + to_text(number) + ": " + wrong, exit_usage);
+        }
+        return {};
+    }
+
+    std::string to_config(const CLI::App* /*app*/, bool /*defaults*/, bool /*descriptions*/,
+                          std::string /*prefix*/) const override
+    {
+        return "";
+    }
+
+private:
+    static constexpr std::size_t most = 1U << 16U;
+
+    // Returns what is wrong with the line.
+    std::string take(const std::string& line, const std::vector<CLI::Option*>& typed) const
+    {
+        if (CLI::detail::trim_copy(line).empty())
+            return "";
+        const std::size_t equals = line.find('=');
+        if (equals == std::string::npos)
+            return expected("NAME = VALUE", line);
+        const std::string name = CLI::detail::trim_copy(line.substr(0, equals));
+        std::string value = CLI::detail::trim_copy(line.substr(equals + 1));
+        CLI::detail::remove_quotes(value);
+        CLI::Option* option = app_.get_option_no_throw("--" + name);
+        if (!option)
+            option = app_.get_option_no_throw(name);
+        if (!option || option == app_.get_help_ptr() || option == app_.get_config_ptr())
+            return expected("the name of an option", name);
+        return std::find(typed.begin(), typed.end(), option) == typed.end() ? set(*option, value) : "";
+    }
+
+    static std::string set(CLI::Option& option, const std::string& value)
+    {
+        try {
+            const bool flag = option.get_expected_min() == 0;
+            option.add_result(flag ? option.get_flag_value(option.get_single_name(), value) : value);
+            option.run_callback();
+        } catch (const CLI::Error& error) {
+            return printable(std::string_view(error.what()).substr(0, longest_message));
+        }
+        return "";
+    }
+
+    CLI::App& app_;
+};
+
+}  // namespace
+
 void command_line::config_file()
 {
-    parts_->app.set_config("--config", "", "read options from a file, a line NAME = VALUE for each")->type_name("FILE");
-    parts_->app.allow_config_extras(false);
+    CLI::App& app = parts_->app;
+    app.set_config("--config", "", "read options from a file, a line NAME = VALUE for each")->type_name("FILE");
+    app.config_formatter(std::make_shared<plain_config>(app));
 }
 
 // --- parsing ---------------------------------------------------------------------------------------------------------
@@ -76,9 +156,8 @@ bool command_line::parse()
         print(parts_->app.help());
         return false;
     } catch (const CLI::Error& error) {
-        constexpr std::size_t longest = 200;  // a wrong --config file can have lines of any length
-        throw failure(printable(std::string_view(error.what()).substr(0, longest)) + " (see zeltrack " + parts_->name +
-                          " --help)",
+        throw failure(printable(std::string_view(error.what()).substr(0, longest_message)) + " (see zeltrack " +
+                          parts_->name + " --help)",
                       exit_usage);
     }
 }

@@ -373,23 +373,4 @@ void prepare_standard_streams()
             open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
-void prepare_standard_streams()
-{
-    signal(SIGPIPE, SIG_IGN);
-    signal(SIGXFSZ, SIG_IGN);
-    // A file that is opened as descriptor 0, 1 or 2 would be taken for a stream of the user's. What stands in for a closed
-    // one is opened the wrong way round, so that using it is an error.
-    for (int fd = 0; fd <= STDERR_FILENO; ++fd)
-        if (fcntl(fd, F_GETFD) < 0)
-            open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-}
-
-void refuse_same_file(const std::string& input, const std::string& output)
-{
-    std::error_code ignored;
-    if (input != "-" && std::filesystem::is_regular_file(output, ignored) &&
-        std::filesystem::equivalent(input, output, ignored))
-        throw failure(printable(output) + ": expected an output other than the input", exit_usage);
-}
-
 }  // namespace zeltrack

@@ -2,7 +2,6 @@
 //
 // The subcommand `synth`.
 #include <algorithm>
-#include <filesystem>
 #include <limits>
 #include <optional>
 
