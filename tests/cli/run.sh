@@ -172,7 +172,7 @@ END
     check "input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
     printf 'stable = 010\n\niou = 7 # too much\n' >line.toml
     run track --config line.toml in.txt
-    check "the line of a configuration" "zeltrack: line.toml:3: --iou: expected a number from 0 to 1, found \"7\"" "$err"
+    check "the line of a configuration" "zeltrack: line.toml:3: --iou: expected a number from 0 to 1, found \"7\" (see zeltrack track --help)" "$err"
     run track --help --stable 010
     check "decimal, whatever the zeros" 0 "$status"
     run track - -o in.txt <in.txt

@@ -81,14 +81,14 @@ public:
             throw failure(name + ": reading failed");
         text.resize(static_cast<std::size_t>(input.gcount()));
         if (text.size() > most)
-            throw failure(name + ": expected a file of at most " + to_text(most) + " bytes", exit_usage);
+            throw wrong(name, "expected a file of at most " + to_text(most) + " bytes");
         const std::vector<CLI::Option*> typed = app_.get_options([](CLI::Option* it) { return !it->empty(); });
         std::istringstream lines(text);
         std::string line;
         for (int number = 1; std::getline(lines, line); ++number) {
-            const std::string wrong = take(line.substr(0, line.find('#')), typed);
-            if (!wrong.empty())
-                throw failure(name + ':' + to_text(number) + ": " + wrong, exit_usage);
+            const std::string error = take(line.substr(0, line.find('#')), typed);
+            if (!error.empty())
+                throw wrong(name + ':' + to_text(number), error);
         }
         return {};
     }
@@ -101,6 +101,11 @@ public:
 
 private:
     static constexpr std::size_t most = 1U << 16U;
+
+    failure wrong(const std::string& place, const std::string& error) const
+    {
+        return failure(place + ": " + error + " (see " + app_.get_name() + " --help)", exit_usage);
+    }
 
     // Returns what is wrong with the line.
     std::string take(const std::string& line, const std::vector<CLI::Option*>& typed) const
