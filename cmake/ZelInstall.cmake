@@ -3,7 +3,8 @@
 include(CMakePackageConfigHelpers)
 set(ZEL_CONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/zel)
 
-install(TARGETS zel zel_static zel_host zel_host_static EXPORT zelTargets
+get_property(libraries GLOBAL PROPERTY ZEL_LIBRARIES)
+install(TARGETS ${libraries} EXPORT zelTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_runtime NAMELINK_COMPONENT zel_development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_development)
 install(FILES src/libzel.h src/_libzel.h host/host.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zel COMPONENT zel_development)
@@ -28,4 +29,6 @@ if(ZEL_BUILD_TOOLS)
   install(FILES docs/zeltrack.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT zel_tools)
 endif()
 
-include(ZelPackages)
+if(TARGET zel)  # the Debian packages are made around it
+  include(ZelPackages)
+endif()
