@@ -28,6 +28,9 @@ class Browser(Chrome):
         if os.geteuid() == 0:
             options.add_argument("--no-sandbox")  # Chromium's own sandbox refuses to run as root
         super().__init__(service=Service(driver), options=options)
+        self.size(width, height)
+
+    def size(self, width, height):
         size = {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False}
         self.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", size)
 

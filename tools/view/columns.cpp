@@ -1,133 +1,136 @@
 // SPDX-License-Identifier: MIT
 //
-// Every number is small because it is told from the one before.
+// Encoding of a run. What a track adds to a detection goes as the difference to it, which is small. Frames without
+// anything cost nothing.
 #include "view/columns.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstddef>
-#include <limits>
+
+#include "track/scale.h"
 
 namespace zeltrack {
 
-// --- boxes, scores and classes ---------------------------------------------------------------------------------------
+// --- rows of files ---------------------------------------------------------------------------------------------------
 
-static constexpr double grid_limit = 1 << 29;  // the difference of two still fits, and its double
-
-grid::grid(const recording& recorded, double detail)
+selected_rows select_rows(const sequence& file, float min_conf)
 {
-    if (!recorded.detections.empty())
-        x_ = y_ = std::numeric_limits<float>::max();
-    double reach = 0;
-    for (const recorded_detection& d : recorded.detections) {
-        x_ = std::min(x_, d.box.x);
-        y_ = std::min(y_, d.box.y);
-        reach = std::max({reach, std::fabs(double{d.box.x}), std::fabs(double{d.box.y})});
+    selected_rows out;
+    out.rows.frames = file.frames;
+    for (std::size_t i = 0; i < file.rows.size(); ++i)
+        if (!(file.rows[i].conf < min_conf)) {
+            out.rows.rows.push_back(file.rows[i]);
+            out.places.push_back(i);
+        }
+    out.rows.dropped = file.rows.size() - out.places.size();
+    return out;
+}
+
+// Each frame that has rows as the distance to the one before it and the number of its rows.
+static column frames_of(const std::vector<mot_row>& rows)
+{
+    column out;
+    int before = 0;
+    for (auto first = rows.begin(); first != rows.end();) {
+        const auto last =
+            std::find_if(first, rows.end(), [&first](const mot_row& row) { return row.frame != first->frame; });
+        out.put(static_cast<std::uint64_t>(first->frame - before));
+        out.put(static_cast<std::uint64_t>(last - first));
+        before = first->frame;
+        first = last;
     }
-    step_ = std::max(detail / 512, 4 * reach / grid_limit);
+    return out;
 }
 
-std::int32_t grid::whole(double value) const
+static column field(const std::vector<mot_row>& rows, float mot_row::*member)
 {
-    return static_cast<std::int32_t>(std::lround(std::clamp(value / step_, -grid_limit, grid_limit)));
+    std::vector<float> values;
+    values.reserve(rows.size());
+    for (const mot_row& row : rows)
+        values.push_back(row.*member);
+    return exact_column(values);
 }
 
-grid_box grid::of(double x, double y, double w, double h) const
+static void pack_boxes(package& out, const std::string& name, const std::vector<mot_row>& rows)
 {
-    return {whole(x - x_), whole(y - y_), whole(w), whole(h)};
+    out.number(name + "Count", static_cast<double>(rows.size()));
+    out.data(name + "Frames", frames_of(rows));
+    out.data(name + "Left", field(rows, &mot_row::left));
+    out.data(name + "Top", field(rows, &mot_row::top));
+    out.data(name + "Width", field(rows, &mot_row::width));
+    out.data(name + "Height", field(rows, &mot_row::height));
+    out.data(name + "Score", field(rows, &mot_row::conf));
+    out.data(name + "Class", field(rows, &mot_row::cls));
 }
 
-// A NaN is as good as 0.
-static std::uint32_t thousandths(double value)
+void pack_input(package& out, const sequence& file, const track_options& options)
 {
-    return value > 0 ? static_cast<std::uint32_t>(std::lround(std::min(value, 1e6) * 1000)) : 0;
+    out.number("frames", file.frames);
+    out.number("classBase", options.classes.base);
+    pack_boxes(out, "input", file.rows);
 }
 
-labels::labels(const recording& recorded)
+void pack_truth(package& out, const std::vector<mot_row>& truth)
 {
-    if (!recorded.detections.empty()) {
-        low = std::numeric_limits<float>::max();
-        high = std::numeric_limits<float>::lowest();
+    column ids;
+    for (const mot_row& row : truth)
+        ids.put_signed(row.id);
+    pack_boxes(out, "truth", truth);
+    out.data("truthId", ids);
+}
+
+// --- boxes of tracks -------------------------------------------------------------------------------------------------
+
+namespace {
+
+using grid_box = std::array<std::int64_t, 4>;  // centre and size
+
+// Whole parts of a pixel, a power of ten so that they print without another rounding. Boxes far beyond all others are
+// longer numbers, and cost the others nothing.
+class grid {
+public:
+    explicit grid(double median_size)
+    {
+        while (digits_ < max_digits && median_size * unit_ < parts_of_median) {
+            ++digits_;
+            unit_ *= 10;
+        }
     }
-    for (const recorded_detection& d : recorded.detections) {
-        low = std::min(low, d.score);
-        high = std::max(high, d.score);
-        classes.push_back(d.c);
+
+    int digits() const { return digits_; }
+
+    grid_box of(const mot_row& row) const
+    {
+        return {whole(row.left + row.width / 2.0), whole(row.top + row.height / 2.0), whole(row.width),
+                whole(row.height)};
     }
-    std::sort(classes.begin(), classes.end());
-    classes.erase(std::unique(classes.begin(), classes.end()), classes.end());
-}
+    grid_box of(const centre_box& b, double scale) const
+    {
+        return {whole(b.x / scale), whole(b.y / scale), whole(b.w / scale), whole(b.h / scale)};
+    }
 
-void labels::put(column& out, const recorded_detection& detection) const
-{
-    out.put(high > low ? thousandths((double{detection.score} - low) / (double{high} - low)) : 0);
-    const auto place = std::lower_bound(classes.begin(), classes.end(), detection.c) - classes.begin();
-    if (classes.size() > 1)
-        out.put(static_cast<std::uint32_t>(place));
-}
+private:
+    static constexpr double parts_of_median = 2000;
+    static constexpr int max_digits = 9;
+    static constexpr double limit = 1e15;  // the difference of two is still exact in a double
 
-// --- the columns -----------------------------------------------------------------------------------------------------
+    std::int64_t whole(double value) const
+    {
+        const double number = value * unit_;
+        return number == number ? std::llround(std::clamp(number, -limit, limit)) : 0;
+    }
+
+    int digits_ = 2;
+    double unit_ = 100;
+};
+
+}  // namespace
 
 static void put_difference(column& out, const grid_box& a, const grid_box& b)
 {
-    out.put_signed(a.x - b.x);
-    out.put_signed(a.y - b.y);
-    out.put_signed(a.w - b.w);
-    out.put_signed(a.h - b.h);
-}
-
-column pack_lives(const recording& recorded)
-{
-    column out;
-    int birth = 0;
-    int id = 0;
-    for (const life& l : recorded.lives) {
-        out.put(static_cast<std::uint32_t>(l.birth - birth));
-        birth = l.birth;
-        out.put(static_cast<std::uint32_t>(l.rows.size()));
-        out.put(static_cast<std::uint32_t>(l.end));
-        out.put(static_cast<std::uint32_t>(l.confirmed + 1));
-        if (l.confirmed >= 0)
-            out.put_signed(l.id - id);
-        id = std::max(id, l.id);
-        out.put(static_cast<std::uint32_t>(l.forgotten.size()));
-        for (const int row : l.forgotten)
-            out.put(static_cast<std::uint32_t>(row));
-    }
-    return out;
-}
-
-static void put_association(column& out, const recorded_detection& d)
-{
-    constexpr unsigned started_bit = 8;
-    const association& why = d.why;
-    out.put(static_cast<unsigned>(why.result) | (d.started ? started_bit : 0));
-    out.put(static_cast<std::uint32_t>(why.nearest + 1));
-    if (why.nearest < 0)
-        return;
-    out.put(thousandths(std::sqrt(why.distance)));  // of a unit, of which the gate has 10
-    out.put(thousandths(why.overlap));
-    if (why.rival >= 0)
-        out.put(static_cast<std::uint32_t>(why.rival));
-}
-
-column pack_detections(const recording& recorded, const grid& steps, const labels& named)
-{
-    column out;
-    auto d = recorded.detections.begin();
-    for (const int count : recorded.detections_of_frame) {
-        out.put(static_cast<std::uint32_t>(count));
-        for (const auto last = d + count; d != last; ++d) {
-            const grid_box box = steps.of(d->box);
-            out.put(static_cast<std::uint32_t>(box.x));  // the origin is the least of all
-            out.put(static_cast<std::uint32_t>(box.y));
-            out.put_signed(box.w);
-            out.put_signed(box.h);
-            named.put(out, *d);
-            put_association(out, *d);
-        }
-    }
-    return out;
+    for (std::size_t n = 0; n < a.size(); ++n)
+        out.put_signed(a[n] - b[n]);
 }
 
 static bool same(const centre_box& a, const centre_box& b)
@@ -135,64 +138,196 @@ static bool same(const centre_box& a, const centre_box& b)
     return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h;
 }
 
-column pack_rows(const recording& recorded, const grid& steps)
-{
-    std::vector<std::size_t> first_of_frame(1);
-    for (const int count : recorded.detections_of_frame)
-        first_of_frame.push_back(first_of_frame.back() + static_cast<std::size_t>(count));
+// --- lives -----------------------------------------------------------------------------------------------------------
 
-    column out;
-    for (const life& l : recorded.lives) {
-        const life_row* before = nullptr;
-        for (const life_row& row : l.rows) {
-            const auto frame = static_cast<std::size_t>(l.birth - 1 + (&row - l.rows.data()));
-            if (row.detection >= 0) {
-                const auto n = static_cast<std::size_t>(row.detection);
-                const grid_box det = steps.of(recorded.detections[first_of_frame[frame] + n].box);
-                out.put(static_cast<std::uint32_t>(row.detection) + 2);
-                if (before) {
-                    put_difference(out, steps.of(row.predicted), det);
-                    put_difference(out, steps.of(row.box), det);
-                }
-            } else if (same(row.predicted, before->predicted)) {
-                out.put(0);
-            } else {
-                out.put(1);
-                put_difference(out, steps.of(row.predicted), steps.of(row.box));
-            }
-            before = &row;
-        }
-    }
-    return out;
-}
-
-column pack_truth(std::vector<mot_row> rows, const grid& steps, double scale)
+static column coded_lives(const recording& recorded)
 {
-    std::stable_sort(rows.begin(), rows.end(), [](const mot_row& a, const mot_row& b) { return a.id < b.id; });
     column out;
+    int birth = 0;
     int id = 0;
-    int frame = 0;
-    grid_box before{};
-    for (const mot_row& row : rows) {
-        const grid_box box = steps.of((row.left + row.width / 2.0) * scale, (row.top + row.height / 2.0) * scale,
-                                      row.width * scale, row.height * scale);
-        out.put_signed(row.id - id);
-        out.put_signed(row.frame - frame);
-        put_difference(out, box, before);
-        id = row.id;
-        frame = row.frame;
-        before = box;
+    for (const life& l : recorded.lives) {
+        out.put(static_cast<std::uint64_t>(l.birth - birth));
+        birth = l.birth;
+        out.put(l.rows.size());
+        out.put(static_cast<std::uint64_t>(l.end));
+        out.put(static_cast<std::uint64_t>(l.confirmed + 1));
+        if (l.confirmed >= 0)
+            out.put_signed(l.id - id);
+        id = std::max(id, l.id);
+        out.put(l.forgotten.size());
+        for (const int row : l.forgotten)
+            out.put(static_cast<std::uint64_t>(row));
     }
     return out;
 }
 
-column pack_changes(const std::vector<identity_change>& changes)
+namespace {
+
+// Rows are 0: missed, all as before; 2: missed at a new prediction; 1 and 3: the same, and not reported; 4 and more:
+// took detection 0 and so on. After 0 and 1 stands how many more such rows follow.
+class row_coder {
+public:
+    row_coder(const grid& steps, double scale) : steps_(steps), scale_(scale) {}
+
+    // `taken` is the row of the file that was taken, or null.
+    void put(const life_row& row, const mot_row* taken)
+    {
+        const unsigned silent = row.reported ? 0 : 1;
+        const bool still = !taken && before_ && same(row.predicted, before_->predicted);
+        if (!still || silent != repeated_)
+            flush();
+        if (still) {
+            repeated_ = silent;
+            ++repeats_;
+        } else if (taken) {
+            put_match(row, *taken);
+        } else {
+            out_.put(2 + silent);
+            put_difference(out_, steps_.of(row.predicted, scale_), steps_.of(row.box, scale_));
+        }
+        before_ = &row;
+    }
+
+    void end_life()
+    {
+        flush();
+        before_ = nullptr;
+    }
+
+    const column& finish() const { return out_; }
+
+private:
+    void put_match(const life_row& row, const mot_row& taken)
+    {
+        const grid_box det = steps_.of(taken);
+        out_.put(static_cast<std::uint64_t>(row.detection) + 4);
+        if (!before_)
+            return;
+        put_difference(out_, steps_.of(row.predicted, scale_), det);
+        put_difference(out_, steps_.of(row.box, scale_), det);
+    }
+
+    void flush()
+    {
+        if (repeats_ > 0) {
+            out_.put(repeated_);
+            out_.put(repeats_ - 1);
+        }
+        repeats_ = 0;
+    }
+
+    column out_;
+    const grid& steps_;
+    double scale_;
+    const life_row* before_ = nullptr;
+    unsigned repeated_ = 0;
+    std::uint64_t repeats_ = 0;
+};
+
+}  // namespace
+
+// Where the rows of each frame begin among those that the tracker was given.
+static std::vector<std::size_t> frame_starts(const sequence& rows)
+{
+    std::vector<std::size_t> starts(static_cast<std::size_t>(rows.frames) + 1);
+    std::size_t at = 0;
+    for (std::size_t frame = 1; frame < starts.size(); ++frame) {
+        starts[frame] = at;
+        while (at < rows.rows.size() && static_cast<std::size_t>(rows.rows[at].frame) == frame)
+            ++at;
+    }
+    return starts;
+}
+
+static column coded_rows(const recording& recorded, const sequence& rows, const grid& steps, double scale)
+{
+    const std::vector<std::size_t> starts = frame_starts(rows);
+    row_coder out(steps, scale);
+    for (const life& l : recorded.lives) {
+        auto frame = static_cast<std::size_t>(l.birth);
+        for (const life_row& row : l.rows) {
+            const bool taken = row.detection >= 0;
+            out.put(row, taken ? &rows.rows[starts[frame] + static_cast<std::size_t>(row.detection)] : nullptr);
+            ++frame;
+        }
+        out.end_life();
+    }
+    return out.finish();
+}
+
+// --- detections ------------------------------------------------------------------------------------------------------
+
+static void put_outcome(column& out, const recorded_detection& d, float euc)
+{
+    constexpr unsigned started_bit = 8;
+    constexpr unsigned close_bit = 16;
+    const association& why = d.why;
+    out.put(static_cast<unsigned>(why.result) | (d.started ? started_bit : 0) |
+            (why.nearest >= 0 && why.distance <= euc ? close_bit : 0));
+    out.put(static_cast<std::uint64_t>(why.nearest + 1));
+    if (why.nearest < 0)
+        return;
+    out.put_float(why.distance);
+    out.put_float(why.overlap);
+    if (why.rival >= 0)
+        out.put(static_cast<std::uint64_t>(why.rival));
+}
+
+// Each with the number of rows of the file that were passed over since the one before.
+static column coded_detections(const recording& recorded, const selected_rows& selected, float euc)
 {
     column out;
+    std::size_t next = 0;
+    std::size_t at = 0;
+    auto d = recorded.detections.begin();
+    for (std::size_t frame = 0; frame < recorded.detections_of_frame.size(); ++frame) {
+        for (int n = recorded.detections_of_frame[frame]; n > 0; --n, ++d, ++at) {
+            out.put(selected.places[at] - next);
+            next = selected.places[at] + 1;
+            put_outcome(out, *d, euc);
+        }
+        const std::vector<mot_row>& rows = selected.rows.rows;
+        while (at < rows.size() && static_cast<std::size_t>(rows[at].frame) == frame + 1)
+            ++at;  // beyond the capacity
+    }
+    return out;
+}
+
+// --- the whole -------------------------------------------------------------------------------------------------------
+
+static void pack_parameters(package& out, const track_options& o, const track_summary& summary)
+{
+    out.number("scale", summary.scale);
+    out.number("chosen", o.scale > 0);
+    out.number("gate", gate_units);
+    out.number("euc", o.euc);
+    out.number("iou", o.iou);
+    out.number("stable", o.stable);
+    out.number("removal", o.removal);
+    out.number("minConf", o.min_conf);
+    out.number("capacity", summary.capacity);
+    out.number("capacityChosen", o.max_objects);
+    out.number("ignoreClass", o.ignore_class);
+}
+
+void pack_run(package& out, const recording& recorded, const selected_rows& selected, const track_summary& summary,
+              const track_options& options, const std::vector<identity_change>& changes)
+{
+    const grid steps(2 * gate_units / automatic_scale(selected.rows.rows));
+    pack_parameters(out, options, summary);
+    out.number("count", static_cast<double>(recorded.detections.size()));
+    out.number("weak", static_cast<double>(selected.rows.dropped));
+    out.number("unread", static_cast<double>(selected.places.size() - recorded.detections.size()));
+    out.number("digits", steps.digits());
+    out.number("lifeCount", static_cast<double>(recorded.lives.size()));
+    out.data("lives", coded_lives(recorded));
+    out.data("detections", coded_detections(recorded, selected, options.euc));
+    out.data("rows", coded_rows(recorded, selected.rows, steps, summary.scale));
+    column coded;
     for (const identity_change& change : changes)
         for (const int value : {change.frame, change.object, change.before, change.after})
-            out.put_signed(value);
-    return out;
+            coded.put_signed(value);
+    out.data("changes", coded);
 }
 
 }  // namespace zeltrack

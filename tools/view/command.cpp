@@ -2,6 +2,7 @@
 //
 // The subcommand `view`.
 #include <iostream>
+#include <limits>
 
 #include "cli/command_line.h"
 #include "cli/output_file.h"
@@ -27,11 +28,14 @@ static void run(command_line& line)
     refuse_shared_files({options.track.detections, truth}, {output});
     if (truth == "-" && options.track.detections == "-")
         throw failure("--gt: expected a file other than that of the detections", exit_usage);
-    const sequence input = load_sequence(options.track);
+    track_options all = options.track;  // weak rows go into the page, but not to the tracker
+    all.min_conf = std::numeric_limits<float>::lowest();
+    const sequence file = load_sequence(all);
+    const selected_rows selected = select_rows(file, options.track.min_conf);
     if (!truth.empty())
         options.truth = load_truth(truth);
     output_file page(output, !no_sync);
-    const track_summary summary = view_sequence(input, options, page.buffer());
+    const track_summary summary = view_sequence(file, selected, options, page.buffer());
     page.commit();
     if (!options.track.quiet)
         print_summary(std::cerr, summary, options.track);

@@ -92,7 +92,7 @@ void recorder::note_births(const tracker_t& tracker)
         live_.push_back({obj, static_cast<int>(recording_.lives.size()), 0});
         recording_.lives.emplace_back();
         recording_.lives.back().birth = static_cast<int>(recording_.detections_of_frame.size());
-        recording_.lives.back().rows.push_back({n, box_of(*obj), box_of(*obj)});
+        recording_.lives.back().rows.push_back({n, false, box_of(*obj), box_of(*obj)});
     }
 }
 
@@ -101,7 +101,7 @@ void recorder::note_rows(const tracker_t& tracker)
 {
     for (const live_track& track : live_) {
         trk_obj_t obj = *track.record;
-        life_of(track).rows.push_back({obj.match_idx, prediction_of(obj), box_of(obj)});
+        life_of(track).rows.push_back({obj.match_idx, false, prediction_of(obj), box_of(obj)});
         obj.miss_count = next_count(obj.miss_count);
         life_of(track).end = outlived(&tracker, &obj) ? ending::missed_too_long : ending::tentative_too_long;
     }
@@ -113,6 +113,7 @@ void recorder::note_changes(live_track& track)
     life& l = life_of(track);
     const int row = static_cast<int>(l.rows.size()) - 1;
     l.rows.back().box = box_of(*track.record);
+    l.rows.back().reported = track.record->id >= 0 && track.record->miss_count < reported_misses;
     l.end = ending::end_of_file;
     if (track.record->id >= 0 && l.id < 0) {
         l.id = track.record->id;

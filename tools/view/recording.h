@@ -46,7 +46,8 @@ enum class ending : unsigned char { end_of_file, missed_too_long, tentative_too_
 
 // A track in one frame.
 struct life_row {
-    int detection;         // -1: missed
+    int detection;  // -1: missed
+    bool reported;
     centre_box predicted;  // in the frame of birth: the box
     centre_box box;
 };

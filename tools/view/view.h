@@ -5,6 +5,7 @@
 // the page.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,7 +23,16 @@ struct view_options {
     std::string command;                        // that makes the page again
 };
 
-// Tracks the detections and appends the page that tells all about it.
-track_summary view_sequence(const sequence& input, const view_options& options, std::string& page);
+// The rows of a file that the tracker is given, and where each of them stands in the file.
+struct selected_rows {
+    sequence rows;
+    std::vector<std::size_t> places;
+};
+
+selected_rows select_rows(const sequence& file, float min_conf);
+
+// Tracks the selected rows and appends the page that tells all about it. The page holds the others as well.
+track_summary view_sequence(const sequence& file, const selected_rows& selected, const view_options& options,
+                            std::string& page);
 
 }  // namespace zeltrack

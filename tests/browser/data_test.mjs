@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+//
+// The page's data code, without a page: what it reads is what the command tracked, and what it says is true.
+import assert from 'node:assert/strict';
+import {execFileSync} from 'node:child_process';
+import {readFileSync, writeFileSync} from 'node:fs';
+import {join} from 'node:path';
+import {test} from 'node:test';
+
+import {createEvents, nextEvent} from '../../tools/view/page/events.mjs';
+import {apart, exact, lowerBound} from '../../tools/view/page/numbers.mjs';
+import {fromBase64, openPackage} from '../../tools/view/page/package.mjs';
+import {createRun, liveAt, matches, rowAt} from '../../tools/view/page/run.mjs';
+import {missWords, reason, stateWords} from '../../tools/view/page/words.mjs';
+
+const directory = process.env.DIRECTORY;
+const zeltrack = (...words) =>
+    execFileSync(process.env.ZELTRACK, words, {encoding: 'utf8', cwd: directory, stdio: 'pipe'});
+
+function view(name, ...options) {
+    zeltrack('view', '-q', name, '-o', name + '.html', ...options);
+    const page = readFileSync(join(directory, name + '.html'), 'utf8');
+    return createRun(openPackage(fromBase64(/id="data">([^<]*)</.exec(page)[1])));
+}
+
+function viewLines(name, lines, ...options) {
+    writeFileSync(join(directory, name), lines.join('\n') + '\n');
+    return view(name, ...options);
+}
+
+test('rows are those of the command, and their boxes to the last digit', () => {
+    zeltrack('synth', '--objects=20', '--frames=300', '--seed=1', '-o', 'data.txt');
+    const run = view('data.txt', '--iou=0.2'),
+          tracked = zeltrack('track', '-q', '--iou=0.2', 'data.txt').trim().split('\n');
+    const seen = new Map();
+    for (let k = 0; k < run.lives.count; k++)
+        for (let row = run.lives.first[k]; row < run.lives.first[k + 1]; row++)
+            if (run.rows.reported[row] && run.rows.detection[row] >= 0)
+                seen.set(`${run.lives.birth[k] + row - run.lives.first[k]},${run.lives.id[k]}`, row);
+    assert.equal(seen.size, tracked.length);
+    for (const line of tracked) {
+        const [frame, id, left, top, width, height] = line.split(',').map(Number), row = seen.get(`${frame},${id}`),
+                                            {box} = run.rows;
+        const shown = [box.x[row], box.y[row], box.w[row], box.h[row]];
+        [left + width / 2, top + height / 2, width, height].forEach(
+            (value, n) => assert.ok(Math.abs(value - shown[n]) < 0.0052, line));
+    }
+});
+
+test('reasons never contradict the outcome', () => {
+    // one track; then beside it what is just within, exactly at and beyond the limits, at the scale 1
+    const still = [1, 2, 3].map(frame => `${frame},-1,0,0,10,10,1`),
+          at = (x, w = 10) => viewLines('limits.txt', [...still, `4,-1,${x},0,${w},10,1`], '--scale=1', '--iou=0.3');
+    const cases = [
+        [at(5.3846), /the overlap 0\.3000\d+ is above 0\.3|their overlap 0\.3000\d* is above 0\.3/],
+        [at(5.3847), /overlap 0\.29999\d* is not above 0\.3/],
+        [at(1, 10), /so close/],
+        [at(9.9999), /overlap 0.0000\d* is not above 0\.3/],
+        [at(10), /Too far: .* 10 px away; the gate is 10 px/],
+    ];
+    for (const [run, wanted] of cases) assert.match(reason(run, 3), wanted);
+    assert.match(reason(cases[0][0], 0), /^No track was there/);
+});
+
+test('a long gap costs nothing, and a long tentative life no search', () => {
+    const run = viewLines('gap.txt', ['1,-1,0,0,9,9,1', '1000000,-1,0,0,9,9,1'], '--stable=10000000');
+    assert.ok(run.busy.length < 12 && run.rows.count < 12);
+    assert.deepEqual([...liveAt(run, 500000)], []);
+    assert.deepEqual([...liveAt(run, 1000000)], [1]);
+});
+
+test('what a missed frame means is said', () => {
+    const frames = [1, 2, 8, 9, 10, 11],
+          run = viewLines('missed.txt', [...frames.map(f => `${f},-1,0,0,9,9,1`), '30,-1,500,0,9,9,1']);
+    assert.equal(matches(run, 0, 2), 2);
+    assert.match(missWords(run, 0, 6), /starts again from zero/);
+    assert.match(stateWords(run, 0, 8), /tentative, 1 of 3/);
+    const k = run.lives.byId.get(1), from = run.lives.birth[k] + run.lives.confirmed[k] + 1;
+    assert.match(missWords(run, k, from + 2), /Still reported/);
+    assert.match(missWords(run, k, from + 3), /No longer reported.*survives 7 more/);
+    assert.equal(run.rows.reported[rowAt(run, k, from + 3)], 0);
+});
+
+test('events are walked through one by one, both ways', () => {
+    const kind = {frames: [3, 5, 5, 9], items: [7, 8, 9, 4]};
+    assert.deepEqual(
+        [
+            nextEvent(kind, 4, -1, true), nextEvent(kind, 5, 8, true), nextEvent(kind, 5, 9, true),
+            nextEvent(kind, 5, 9, false)
+        ],
+        [1, 2, 3, 1]);
+    assert.deepEqual(
+        [nextEvent(kind, 9, 4, true), nextEvent(kind, 3, 7, false), nextEvent(kind, 5, -1, false)], [-1, -1, 0]);
+    const run = viewLines(
+        'events.txt', ['1,-1,0,0,9,9,1', '1,-1,90,0,9,9,1', '2,-1,0,0,9,9,1'], '--stable=1', '--max-objects=1');
+    const {births, misses, noRoom} = createEvents(run);
+    assert.deepEqual([births.frames, misses.total, noRoom.items, run.unread], [[1], 0, [], 1]);
+});
+
+test('numbers are written so that they can be told apart', () => {
+    assert.deepEqual(apart(0.30000004, 0.3), ['0.30000004', '0.3']);
+    assert.deepEqual(apart(2, 2), ['2', '2']);
+    assert.equal(exact(Math.fround(0.1)), '0.1');
+    assert.equal(exact(Math.fround(1648.1)), '1648.1');
+    assert.equal(lowerBound([1, 3, 3, 5], 3), 1);
+});

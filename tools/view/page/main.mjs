@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+//
+// The start: unpack the data, tie the parts together, draw.
+import {bindAddress} from './address.mjs';
+import {bindHeader} from './header.mjs';
+import {bindKeys} from './keys.mjs';
+import {bindLanes} from './lanes.mjs';
+import {bindPanel} from './panel.mjs';
+import {bindPlayer} from './player.mjs';
+import {bindPointer} from './pointer.mjs';
+import {byId, element} from './dom.mjs';
+import {change, redraw, state, watch} from './state.mjs';
+import {createEvents} from './events.mjs';
+import {createRun} from './run.mjs';
+import {darkScheme, readTheme} from './draw.mjs';
+import {drawScene} from './scene.mjs';
+import {fit, measure, resized} from './camera.mjs';
+import {fromBase64, openPackage} from './package.mjs';
+import {moveAxis} from './axis.mjs';
+
+const layers = [
+    ['detections', 'Detections', true],
+    ['tracks', 'Tracks', true, 'solid: confirmed, dashed: tentative, dotted: missed'], ['gates', 'Gates', true],
+    ['labels', 'Identifiers', true], ['scores', 'Scores', false], ['truth', 'Truth', true]
+];
+
+function bindLayers() {
+    for (const [name, text, checked, title = ''] of layers) {
+        const box = element('input', {
+            type: 'checkbox',
+            id: 'show-' + name,
+            checked,
+            oninput: () => change({show: {...state.show, [name]: box.checked}})
+        });
+        byId('trail-label').before(element('label', {title, hidden: name === 'truth' && !state.run.truth}, box, text));
+        state.show[name] = checked && (name !== 'truth' || state.run.truth !== null);
+    }
+    byId('trail').oninput = () => change({trail: byId('trail').valueAsNumber});
+    watch(['show'], () => {
+        for (const [name] of layers) byId('show-' + name).checked = state.show[name];
+    });
+}
+
+let runs = 0;
+export function showRun(run) { change({run, events: {...createEvents(run), number: ++runs}}); }
+
+function start() {
+    const columns = openPackage(fromBase64(byId('data').textContent)), run = createRun(columns);
+    readTheme();
+    Object.assign(state, {run, events: Object.assign(createEvents(run), {number: 0})});
+    measure(run);
+    moveAxis(0.5, run.frames);
+    bindLayers();
+    bindHeader(columns);
+    bindPlayer();
+    bindPointer();
+    bindLanes();
+    bindPanel();
+    bindKeys();
+    watch(['run', 'frame', 'selection', 'hover', 'show', 'trail', 'camera', 'size', 'before'], () => drawScene());
+    new ResizeObserver(resized).observe(byId('field'));
+    new ResizeObserver(() => redraw('size')).observe(byId('life'));
+    darkScheme.addEventListener('change', () => {
+        readTheme();
+        redraw('size');
+    });
+    bindAddress();
+    fit();
+    redraw(...Object.keys(state));
+    document.body.classList.remove('loading');
+}
+
+// After the first picture, which says that it is loading.
+requestAnimationFrame(() => setTimeout(start));
