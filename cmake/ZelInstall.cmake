@@ -7,7 +7,9 @@ get_property(libraries GLOBAL PROPERTY ZEL_LIBRARIES)
 install(TARGETS ${libraries} EXPORT zelTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_runtime NAMELINK_COMPONENT zel_development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT zel_development)
-install(FILES src/libzel.h src/_libzel.h host/host.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zel COMPONENT zel_development)
+# With the headers the filter's source, for hosts that need its fields.
+install(FILES src/libzel.h src/_libzel.h src/zel_kalman.cpp host/host.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zel COMPONENT zel_development)
 
 # The package of CMake. It stays where the library is, so that a tree may be moved.
 install(EXPORT zelTargets NAMESPACE zel:: DESTINATION ${ZEL_CONFIG_DIR} COMPONENT zel_development)

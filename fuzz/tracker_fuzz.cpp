@@ -62,7 +62,7 @@ void set_any_params(tracker_t* handle, FuzzedDataProvider& in)
 {
     const float euc = any_float(in);
     const float iou = any_float(in);
-    const int stable = in.ConsumeIntegralInRange(-1, 6);
+    const int stable = in.ConsumeIntegralInRange(1, 6);
     const int removal = in.ConsumeBool() ? in.ConsumeIntegralInRange(-1, 8) : in.ConsumeIntegral<int>();
     zel_tracker_set_params(handle, euc, iou, stable, removal, in.ConsumeBool());
 }

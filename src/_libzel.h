@@ -249,11 +249,15 @@ ZEL_API int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst);
  * @{
  */
 
-/** A linear Kalman filter; its fields are private to the library. */
+/**
+ * A linear Kalman filter. The structure is private: it may change with every release. A host that reads or writes the
+ * fields, named as above, includes zel_kalman.cpp, which is installed beside this header, in one of its C++ sources.
+ */
 typedef struct _zel_kalman_t zel_kalman_t;
 
 /**
- * Make a filter, all zero: the owner then writes x_post and P_post and, with flag 0, the model.
+ * Make a filter, all zero. Before the first prediction, x_post and P_post are to be written and, with flag 0, the
+ * model.
  *
  * @param ns, nm      Number of states and of measurements, both 1 or more.
  * @param flag        0: the filter carries A, H, Q and R itself, and the four arguments are ignored. Otherwise it

@@ -13,7 +13,8 @@
  * - No two calls of zel_tracker_process() may run at the same time in the whole process, not even on different handles:
  *   each correction of a track inverts a matrix in one static work area. A handle belongs to one thread at a time.
  *   Everything else may run in parallel on different objects. No function starts a thread or takes a lock.
- * - "must" is the caller's duty and is not checked. A call that is refused says what it leaves unchanged.
+ * - "must" is the caller's duty: asserted where it can be seen, and not checked at all in a build with NDEBUG. A call
+ *   that is refused says what it leaves unchanged.
  * - Memory is allocated by zel_tracker_create(), for a new track and for a track's confirmation, and nowhere else.
  *
  * The motion of a box is modelled by a linear Kalman filter (R. E. Kalman, "A New Approach to Linear Filtering and

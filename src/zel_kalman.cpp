@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // Linear Kalman filter. A filter and all its matrices are one block, laid out once at creation and never resized.
-// Compiled as part of the tracker, which works on the filter's fields directly; not built on its own.
+// Compiled as part of the tracker, which works on the filter's fields; installed beside the headers for hosts that do
+// the same. The functions are weak so that such a host may also link the static library.
 #include "_libzel.h"
 
+#include <assert.h>
 #include <limits.h>
 #include <stddef.h>
 #include <stdlib.h>
@@ -74,7 +76,8 @@ static int getmsizes(int* msizes, int* mrows, int* mcols, int ns, int nm, int fl
     return mcount;
 }
 
-zel_kalman_t* zel_kalman_create(int ns, int nm, int flag, zel_mat_t* A, zel_mat_t* H, zel_mat_t* Q, zel_mat_t* R)
+[[gnu::weak]] zel_kalman_t* zel_kalman_create(int ns, int nm, int flag, zel_mat_t* A, zel_mat_t* H, zel_mat_t* Q,
+                                              zel_mat_t* R)
 {
     int msizes[kalman_slots];
     int mrows[kalman_slots];
@@ -109,13 +112,14 @@ zel_kalman_t* zel_kalman_create(int ns, int nm, int flag, zel_mat_t* A, zel_mat_
     return kalman;
 }
 
-void zel_kalman_release(zel_kalman_t* kalman)
+[[gnu::weak]] void zel_kalman_release(zel_kalman_t* kalman)
 {
     free(kalman);
 }
 
-void zel_kalman_predict(zel_kalman_t* kalman)
+[[gnu::weak]] void zel_kalman_predict(zel_kalman_t* kalman)
 {
+    assert(kalman);
     const zel_kalman_t& f = *kalman;
     // x_pre = A x_post
     zel_mat_mul(f.A, f.x_post, f.x_pre, 0);
@@ -126,8 +130,9 @@ void zel_kalman_predict(zel_kalman_t* kalman)
 
 // Covariances are read transposed where both readings mean the same: rounding leaves them a little asymmetric, and the
 // results depend on which one is taken.
-void zel_kalman_correct(zel_kalman_t* kalman, zel_mat_t* measurement)
+[[gnu::weak]] void zel_kalman_correct(zel_kalman_t* kalman, zel_mat_t* measurement)
 {
+    assert(kalman && measurement);
     const zel_kalman_t& f = *kalman;
     // S = H P_pre H' + R
     zel_mat_mul(f.P_pre, f.H, f.temp2, ZEL_MAT_TRANS_SRC2);

@@ -13,6 +13,7 @@
 
 #include <type_traits>
 
+#include "zel_contract.h"
 #include "zel_matrix_f32.h"
 
 static_assert(sizeof(zel_mat_t) % 8 == 0, "data right behind a header must be aligned for every depth");
@@ -104,6 +105,42 @@ static inline size_t count_bytes(const zel_mat_t* mat)
     return count_scalars(mat) * static_cast<size_t>(ZEL_ELEM_SIZE(mat->type));
 }
 
+// Bytes of rows * cols elements, or -1 if they or one row do not fit in 31 bits.
+static int data_size(int rows, int cols, int type)
+{
+    if (rows < 0 || cols < 0)
+        return -1;
+    const s64_t step = s64_t{ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)} * cols;
+    if (step > INT_MAX || step * rows > INT_MAX)
+        return -1;
+    return static_cast<int>(step * rows);
+}
+
+// --- what must hold of operands that fit -----------------------------------------------------------------------------
+
+[[maybe_unused]] static bool is_sound(const zel_mat_t* mat)
+{
+    if (is_empty(mat))
+        return true;
+    const int size = data_size(mat->rows, mat->cols, mat->type);
+    uintptr_t unaligned = 1;
+    by_depth(mat->type,
+             [&](auto zero) { unaligned = reinterpret_cast<uintptr_t>(mat->data.p) % alignof(decltype(zero)); });
+    return size >= 0 && size / mat->rows == mat->step && mat->data.p && unaligned == 0;
+}
+
+// Nothing is read of a factor after the destination is written over it.
+[[maybe_unused]] static bool is_factor(const zel_mat_t* src, const zel_mat_t* dst)
+{
+    return is_sound(src) && apart(src->data.p, count_bytes(src), dst->data.p, count_bytes(dst));
+}
+
+// Each scalar is read before it is written: the two may be one matrix.
+[[maybe_unused]] static bool is_term(const zel_mat_t* src, const zel_mat_t* dst)
+{
+    return src->data.p == dst->data.p ? is_sound(src) : is_factor(src, dst);
+}
+
 // --- headers ---------------------------------------------------------------------------------------------------------
 
 zel_mat_t* zel_mat_initheader(zel_mat_t* mat, int rows, int cols, int type, void* data)
@@ -118,17 +155,6 @@ zel_mat_t* zel_mat_initheader(zel_mat_t* mat, int rows, int cols, int type, void
         static_cast<s32_t>(static_cast<u32_t>(ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)) * static_cast<u32_t>(cols));
     mat->data.p = static_cast<u08_t*>(data);
     return mat;
-}
-
-// Bytes of rows * cols elements, or -1 if they or one row do not fit in 31 bits.
-static int data_size(int rows, int cols, int type)
-{
-    if (rows < 0 || cols < 0)
-        return -1;
-    const s64_t step = s64_t{ZEL_MAT_CN(type) * ZEL_ELEM_SIZE(type)} * cols;
-    if (step > INT_MAX || step * rows > INT_MAX)
-        return -1;
-    return static_cast<int>(step * rows);
 }
 
 zel_mat_t* zel_mat_create(int rows, int cols, int type)
@@ -163,6 +189,7 @@ static void fill_diagonal(zel_mat_t* mat, F next)
 
 void zel_mat_setidentity(zel_mat_t* mat)
 {
+    assert(mat && is_sound(mat));
     by_depth(mat->type, [=](auto zero) {
         using T = decltype(zero);
         fill_diagonal<T>(mat, [] { return T(1); });
@@ -171,6 +198,7 @@ void zel_mat_setidentity(zel_mat_t* mat)
 
 void zel_mat_setdiagonal(void* pvals, zel_mat_t* mat)
 {
+    assert(mat && is_sound(mat) && (pvals || is_empty(mat)));
     by_depth(mat->type, [=](auto zero) {
         using T = decltype(zero);
         const T* value = static_cast<const T*>(pvals);
@@ -180,12 +208,14 @@ void zel_mat_setdiagonal(void* pvals, zel_mat_t* mat)
 
 void zel_mat_setzero(zel_mat_t* mat)
 {
+    assert(mat && is_sound(mat));
     if (!is_empty(mat))
         memset(mat->data.p, 0, count_bytes(mat));
 }
 
 void zel_mat_setone(zel_mat_t* mat)
 {
+    assert(mat && is_sound(mat));
     by_depth(mat->type, [=](auto zero) {
         using T = decltype(zero);
         T* d = scalars<T>(mat);
@@ -219,9 +249,11 @@ static void each_scalar(size_t count, F f, T* d, const Sources*... sources)
 
 void zel_mat_neg(zel_mat_t* src, zel_mat_t* dst)
 {
+    assert(src && dst);
     const int depth = ZEL_MAT_DEPTH(src->type);
     if (!has_layout(src, dst) || depth == ZEL_U08 || depth == ZEL_U16)
         return;
+    assert(is_term(src, dst) && is_sound(dst));
     by_depth(dst->type, [=](auto zero) {
         using T = decltype(zero);
         each_scalar(
@@ -231,8 +263,10 @@ void zel_mat_neg(zel_mat_t* src, zel_mat_t* dst)
 
 void zel_mat_scale(void* pval, zel_mat_t* src, zel_mat_t* dst)
 {
+    assert(pval && src && dst);
     if (!has_layout(src, dst))
         return;
+    assert(is_term(src, dst) && is_sound(dst));
     by_depth(dst->type, [=](auto zero) {
         using T = decltype(zero);
         const T value = *static_cast<const T*>(pval);
@@ -245,8 +279,10 @@ void zel_mat_scale(void* pval, zel_mat_t* src, zel_mat_t* dst)
 template <typename F>
 static void combine(const zel_mat_t* src1, const zel_mat_t* src2, zel_mat_t* dst, F f)
 {
+    assert(src1 && src2 && dst);
     if (!has_layout(src1, src2) || !has_layout(src1, dst))
         return;
+    assert(is_term(src1, dst) && is_term(src2, dst) && is_sound(dst));
     by_depth(dst->type, [=](auto zero) {
         using T = decltype(zero);
         each_scalar(count_scalars(dst), f, scalars<T>(dst), scalars<T>(src1), scalars<T>(src2));
@@ -298,8 +334,10 @@ static void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
 
 void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst)
 {
+    assert(src && dst);
     if (src->type != dst->type || !has_shape(dst, src->cols, src->rows) || is_empty(src))
         return;
+    assert(is_factor(src, dst) && is_sound(dst));
     switch (ZEL_ELEM_SIZE(src->type)) {
     case 1:
         return transpose_elements<1>(src, dst);
@@ -345,6 +383,7 @@ static constexpr const char* print_formats[] = {" %3d", " %c", " %6d", " %6d", "
 
 void zel_mat_print(char* name, zel_mat_t* mat)
 {
+    assert(mat && is_sound(mat));
     if (name)
         printf("%s=\n", name);
     const char* format = print_formats[ZEL_MAT_DEPTH(mat->type)];
@@ -451,6 +490,7 @@ static inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_ma
         return;
     if (std::is_same<Start, from_matrix>::value && !has_shape(c, rows, cols))
         return;
+    assert(is_factor(a, d) && is_factor(b, d) && (!c || is_term(c, d)) && is_sound(d));
     if (ZEL_MAT_DEPTH(d->type) == ZEL_F32 && inner > 0)
         return multiply_f32<t, s, Start, Known...>(a->data.f, b->data.f, c ? c->data.f : nullptr, d->data.f, rows,
                                                    inner, cols);
@@ -466,6 +506,7 @@ static inline bool is_single_channel(const zel_mat_t* mat)
 
 void zel_mat_mul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst, int flags)
 {
+    assert(src1 && src2 && dst);
     if (!is_single_channel(src1) || src2->type != src1->type || dst->type != src1->type)
         return;
     // the sizes: A P' and (I - K H) P', P H', (P H') (S^-1)'; A x
@@ -480,6 +521,7 @@ void zel_mat_mul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst, int flags)
 
 void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flags)
 {
+    assert(src1 && src2 && src3 && dst);
     if (!is_single_channel(src1) || src2->type != src1->type || src3->type != src1->type || dst->type != src1->type)
         return;
     // the sizes: (A P') A' + Q; H (P H') + R, K y + x
@@ -491,6 +533,7 @@ void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
 
 void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flag)
 {
+    assert((src1 || (flag & ZEL_MAT_FROM_IDENTITY)) && src2 && src3 && dst);
     if (!is_single_channel(src2) || (src1 && src1->type != src2->type) || src3->type != src2->type ||
         dst->type != src2->type)
         return;
@@ -550,18 +593,26 @@ static int _matinv_nxn(int n, float* A, float* inv)
     return 0;
 }
 
+static bool inverting;
+
 int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst)
 {
+    assert(src && dst);
     if (src->type != dst->type || src->rows != dst->rows || src->cols != dst->cols)
         return -1;
     if (src->type != ZEL_MAT_TYPE(ZEL_F32, 1) || src->rows != src->cols)
         return -1;
+    assert(is_term(src, dst) && is_sound(dst));
+    const exclusive_call alone(inverting);
     if (src->rows == 4 && invert_4x4(src->data.f, dst->data.f))
         return 0;
     return _matinv_nxn(src->rows, src->data.f, dst->data.f);
 }
 
 // --- 3 x 3 -----------------------------------------------------------------------------------------------------------
+
+static constexpr size_t matrix_bytes = sizeof(float[3][3]);
+static constexpr size_t vector_bytes = sizeof(float[3]);
 
 // In double, rounded once.
 static inline float dot3(float a0, float b0, float a1, float b1, float a2, float b2)
@@ -585,6 +636,7 @@ static inline float column_dot3(float A[3][3], int j, const float* x)
 // Row i of C is B' times row i of A.
 void _matmult_3x3(float A[3][3], float B[3][3], float C[3][3])
 {
+    assert(apart(A, matrix_bytes, C, matrix_bytes) && apart(B, matrix_bytes, C, matrix_bytes));
     for (int i = 0; i < 3; ++i)
         _matmult_3x3tvec(B, A[i], C[i]);
 }
@@ -592,18 +644,21 @@ void _matmult_3x3(float A[3][3], float B[3][3], float C[3][3])
 // Row i of C is B times row i of A.
 void _matmult_3x3t(float A[3][3], float B[3][3], float C[3][3])
 {
+    assert(apart(A, matrix_bytes, C, matrix_bytes) && apart(B, matrix_bytes, C, matrix_bytes));
     for (int i = 0; i < 3; ++i)
         _matmult_3x3vec(B, A[i], C[i]);
 }
 
 void _matmult_3x3vec(float A[3][3], float* x, float* y)
 {
+    assert(apart(A, matrix_bytes, y, vector_bytes) && apart(x, vector_bytes, y, vector_bytes));
     for (int i = 0; i < 3; ++i)
         y[i] = dot3(A[i], x);
 }
 
 void _matmult_3x3tvec(float A[3][3], float* x, float* y)
 {
+    assert(apart(A, matrix_bytes, y, vector_bytes) && apart(x, vector_bytes, y, vector_bytes));
     for (int j = 0; j < 3; ++j)
         y[j] = column_dot3(A, j, x);
 }
@@ -623,6 +678,7 @@ float _matdet_3x3(float A[3][3])
 
 void _vecoutp_3(float* x, float* y, float O[3][3])
 {
+    assert(apart(x, vector_bytes, O, matrix_bytes) && apart(y, vector_bytes, O, matrix_bytes));
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j)
             O[i][j] = x[i] * y[j];
@@ -636,6 +692,7 @@ static inline float cross2(float a, float d, float b, float c)
 
 void _veccrossp_3(float* x, float* y, float* z)
 {
+    assert(apart(x, vector_bytes, z, vector_bytes) && apart(y, vector_bytes, z, vector_bytes));
     z[0] = cross2(x[1], y[2], x[2], y[1]);
     z[1] = cross2(x[2], y[0], x[0], y[2]);
     z[2] = cross2(x[0], y[1], x[1], y[0]);

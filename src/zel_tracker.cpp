@@ -4,6 +4,7 @@
 // frame. The filter is part of this unit, which reads and writes its state directly.
 #include "zel_tracker.h"
 
+#include <assert.h>
 #include <limits.h>
 #include <math.h>
 #include <stddef.h>
@@ -11,6 +12,7 @@
 #include <string.h>
 
 #include "libzel.h"
+#include "zel_contract.h"
 #include "zel_kalman.cpp"
 
 // --- the motion model ------------------------------------------------------------------------------------------------
@@ -454,11 +456,11 @@ static void write_row(const trk_obj_t* obj, float* row)
     row[7] = static_cast<float>(obj->match_idx);
 }
 
-// There are never more tracks than nmaxobjs, so the rows cannot run out.
 static void tracker_get_tracks(tracker_t* tracker, float (*output)[8])
 {
     int n = 0;
-    for (list_head* node = tracker->track_list.next; node != &tracker->track_list; node = node->next) {
+    for (list_head* node = tracker->track_list.next; node != &tracker->track_list && n < tracker->nmaxobjs;
+         node = node->next) {
         const trk_obj_t* obj = track_of(node);
         if (obj->id >= 0 && obj->miss_count < reported_misses)
             write_row(obj, output[n++]);
@@ -535,6 +537,7 @@ void zel_tracker_set_params(void* handle, float euc_thresh, float iou_thresh, in
                             int ignore_class)
 {
     auto* tracker = static_cast<tracker_t*>(handle);
+    assert(tracker);
     tracker->euc_thresh = euc_thresh;
     tracker->iou_thresh = iou_thresh;
     tracker->fcnt_stable = fcnt_stable;
@@ -542,10 +545,16 @@ void zel_tracker_set_params(void* handle, float euc_thresh, float iou_thresh, in
     tracker->ignore_class = ignore_class;
 }
 
+static bool processing;
+
 void zel_tracker_process(void* handle, float (*input)[6], float (*output)[8])
 {
     auto* tracker = static_cast<tracker_t*>(handle);
+    assert(tracker && input && tracker->fcnt_stable >= 1);
+    const exclusive_call alone(processing);
     tracker_extract(tracker, input);
+    assert(!output || apart(input, static_cast<size_t>(tracker->ncurobjs) * sizeof(*input), output,
+                            static_cast<size_t>(tracker->nmaxobjs) * sizeof(*output)));
     tracker_match(tracker);
     tracker_add_objects(tracker);
     tracker_update(tracker);

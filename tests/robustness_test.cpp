@@ -143,6 +143,72 @@ TEST(Memory, MayRunOutAtAnyRequest)
     EXPECT_EQ(allocations::live, live);
 }
 
+// --- the caller's duties ---------------------------------------------------------------------------------------------
+
+#ifndef NDEBUG
+struct duty_case {
+    const char* name;
+    void (*neglect)(zel_mat_t* a, zel_mat_t* b, float* data);  // 2 x 2 over data and over data + 4, of 8 floats
+};
+
+const duty_case duties[] = {
+    {"an operand is there", [](zel_mat_t* a, zel_mat_t*, float*) { zel_mat_add(a, nullptr, a); }},
+    {"so are its data", [](zel_mat_t* a, zel_mat_t*, float*) { a->data.f = nullptr, zel_mat_setone(a); }},
+    {"data are aligned", [](zel_mat_t* a, zel_mat_t*, float*) { ++a->data.p, zel_mat_setzero(a); }},
+    {"rows have no gap", [](zel_mat_t* a, zel_mat_t*, float*) { a->step = 12, zel_mat_setidentity(a); }},
+    {"terms do not overlap at a shift",
+     [](zel_mat_t* a, zel_mat_t* b, float* data) { b->data.f = data + 1, zel_mat_neg(a, b); }},
+    {"nor does what a product is added to",
+     [](zel_mat_t* a, zel_mat_t* b, float* data) {
+         float factor[4];
+         zel_mat_t f;
+         zel_mat_initheader(&f, 2, 2, ZEL_F32, factor);
+         b->data.f = data + 3;
+         zel_mat_muladd(&f, &f, a, b, 0);
+     }},
+    {"a factor is not written", [](zel_mat_t* a, zel_mat_t* b, float*) { zel_mat_mul(a, b, b, 0); }},
+    {"nothing is transposed in place", [](zel_mat_t* a, zel_mat_t*, float*) { zel_mat_transpose(a, a); }},
+    {"without the identity there is a first operand",
+     [](zel_mat_t* a, zel_mat_t* b, float*) { zel_mat_submul(nullptr, a, a, b, 0); }},
+    {"a vector product is not in place",
+     [](zel_mat_t*, zel_mat_t*, float* data) { _veccrossp_3(data, data + 3, data); }},
+    {"a filter is there", [](zel_mat_t*, zel_mat_t*, float*) { zel_kalman_predict(nullptr); }},
+    {"there is a measurement",
+     [](zel_mat_t* a, zel_mat_t*, float*) { zel_kalman_correct(zel_kalman_create(2, 2, 1, a, a, a, a), nullptr); }},
+    {"one frame at a time",
+     [](zel_mat_t*, zel_mat_t*, float*) {
+         tracked t(1);
+         const exclusive_call other(processing);
+         t.frame({{}});
+     }},
+    {"there is an input",
+     [](zel_mat_t*, zel_mat_t*, float*) { zel_tracker_process(tracked(1).handle, nullptr, nullptr); }},
+    {"confirmation takes a match",
+     [](zel_mat_t*, zel_mat_t*, float*) {
+         tracked t(1);
+         zel_tracker_set_params(t.handle, 1, 0, 0, 1, 0);
+         t.frame({{}});
+     }},
+    {"output does not overlap input",
+     [](zel_mat_t*, zel_mat_t*, float*) {
+         float rows[8] = {1};
+         zel_tracker_process(tracked(1).handle, reinterpret_cast<float(*)[6]>(rows),
+                             reinterpret_cast<float(*)[8]>(rows));
+     }},
+};
+
+TEST(Duties, AreAsserted)
+{
+    for (const duty_case& duty : duties) {
+        float data[8] = {};
+        zel_mat_t a, b;
+        zel_mat_initheader(&a, 2, 2, ZEL_F32, data);
+        zel_mat_initheader(&b, 2, 2, ZEL_F32, data + 4);
+        EXPECT_DEATH(duty.neglect(&a, &b, data), "Assertion") << duty.name;
+    }
+}
+#endif
+
 // --- the same result -------------------------------------------------------------------------------------------------
 
 std::string outputs(bool other_between)

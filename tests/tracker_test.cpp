@@ -459,6 +459,10 @@ TEST(Life, StopsAtCapacity)
     EXPECT_TRUE(t->match_obj[0] == t.tracks()[1] && t->match_obj[1] == nullptr);
     EXPECT_EQ(t.frame(two).size(), 1U);  // the oldest goes, its place is free for the frame behind
     EXPECT_EQ(t.frame(two)[1][0], 3);
+    t->nmaxobjs = 1;
+    output_row output[2] = {{}, {7}};
+    tracker_get_tracks(t.handle, reinterpret_cast<float(*)[8]>(output));
+    EXPECT_EQ(output[1][0], 7);  // not even if there were more tracks
 }
 
 TEST(Life, IssuesIdentifiersInOrderOfConfirmationAndWraps)
