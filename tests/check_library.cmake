@@ -1,5 +1,5 @@
-# The shared library exports exactly the names in EXPECTED under the version NODE or a later one of the same series,
-# carries SONAME, and needs the C runtime alone, and the library ALLOWED where one is given.
+# The shared library exports exactly what its public HEADERS declare, under the version NODE or a later one of the same
+# series, carries SONAME, and needs the C runtime alone, and the library ALLOWED where one is given.
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${READELF} -d ${LIBRARY} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
 
@@ -7,11 +7,17 @@ string(REGEX MATCHALL "[^ \n]+\n" exported "${symbols}")
 string(REPLACE "\n" "" exported "${exported}")
 list(FILTER exported EXCLUDE REGEX "^${NODE}(@|\\.|$)")
 string(REGEX REPLACE "@@${NODE}(\\.[0-9]+)?(;|$)" "\\2" exported "${exported}")
-file(STRINGS ${EXPECTED} expected)
+set(declared "")
+foreach(header IN LISTS HEADERS)
+  file(READ ${header} text)
+  string(REGEX MATCHALL "\nZEL_API [^(]*" found "${text}")
+  list(APPEND declared ${found})
+endforeach()
+list(TRANSFORM declared REPLACE "(.|\n)*[ *]" "")
 list(SORT exported)
-list(SORT expected)
-if(NOT exported STREQUAL expected)
-  message(FATAL_ERROR "exported: ${exported}\nexpected: ${expected}")
+list(SORT declared)
+if(NOT exported STREQUAL declared)
+  message(FATAL_ERROR "exported: ${exported}\ndeclared: ${declared}")
 endif()
 
 if(NOT dynamic MATCHES "Library soname: \\[${SONAME}\\]")
