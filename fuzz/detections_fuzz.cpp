@@ -37,14 +37,14 @@ void require_same(const mot_row& a, const mot_row& b)
             "written floats read back");
 }
 
-void require_rereadable(const rows& taken, bool truth)
+void require_rereadable(const rows& taken, bool truth, int frame_base)
 {
     std::string text;
     for (const mot_row& row : taken)
-        append_row(text, row);
+        append_row(text, row, frame_base);
     std::istringstream in(text);
     rows again;
-    const auto wrong = truth ? read_truth(in, again) : read_detections(in, zeltrack::mot_classes(), again);
+    const auto wrong = truth ? read_truth(in, again, frame_base) : read_detections(in, {0, 1, frame_base}, again);
     require(!wrong && again.size() == taken.size(), "written rows read back");
     for (std::size_t n = 0; n < taken.size(); ++n)
         require_same(taken[n], again[n]);
@@ -57,17 +57,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < 3)
         return 0;
     const bool truth = data[0] % 2;
-    const zeltrack::mot_classes classes = {data[1] % 16, data[2] % 2};
+    const zeltrack::mot_layout layout = {data[1] % 16, data[2] % 2, data[2] / 2 % 2};
     const std::string text(data + 3, data + size);
     std::istringstream in(text);
     rows taken;
-    const auto wrong = truth ? read_truth(in, taken) : read_detections(in, classes, taken);
+    const auto wrong = truth ? read_truth(in, taken, layout.frame_base) : read_detections(in, layout, taken);
     const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
     require(taken.size() <= lines, "at most a row for each line");
     if (wrong)
         require(wrong->line >= 1 && wrong->line <= lines && !wrong->text.empty(), "an error names its line");
     for (const mot_row& row : taken)
         require_valid(row);
-    require_rereadable(taken, truth);
+    require_rereadable(taken, truth, layout.frame_base);
     return 0;
 }

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "cli/command_line.h"
+#include "cli/nearest.h"
 #include "cli/output_file.h"
 #include "synth/synth.h"
 #include "track/track.h"
@@ -29,6 +30,14 @@ static std::string help()
            '\n';
 }
 
+static std::vector<std::string> names()
+{
+    std::vector<std::string> all;
+    for (const subcommand* it : commands)
+        all.emplace_back(it->name);
+    return all;
+}
+
 static void dispatch(int argc, char** argv)
 {
     const std::string name = argc > 1 ? argv[1] : "";
@@ -43,7 +52,7 @@ static void dispatch(int argc, char** argv)
     else if (name == "--version")
         print("zeltrack " ZELTRACK_VERSION "\n");
     else
-        throw failure(expected("a command", name) + " (see zeltrack --help)", exit_usage);
+        throw failure(expected("a command", name) + suggestion(name, names()) + " (see zeltrack --help)", exit_usage);
 }
 
 }  // namespace zeltrack

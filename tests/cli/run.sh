@@ -43,7 +43,8 @@ refused_lines() {
 too few fields|2,-1,1,1,1,1||expected 7 fields or more, found 6
 other separators|2 -1 1 1 1 1 1||expected 7 fields or more, found 1
 too few fields for the class|2,-1,1,1,1,1,1|--class-column 8|expected 8 fields or more, found 7
-frame 0|0,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "0"
+frame 0|0,-1,1,1,1,1,1||expected a frame number from 1 to 10000000 (if frames count from 0: --frame-base 0), found "0"
+frame beyond the last one from 0|10000000,-1,1,1,1,1,1|--frame-base 0|expected a frame number from 0 to 9999999, found "10000000"
 frame below 0|-1,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "-1"
 half a frame|1.5,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "1.5"
 too many frames|10000001,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "10000001"
@@ -87,6 +88,7 @@ a negative width|1,-1,10,20,-4,40,0.5||1,1,10,20,-4,40,0.5
 largest coordinates|1,-1,-1e9,1e9,1e9,1e9,3e38||1,1,-1e+09,1e+09,1e+09,1e+09,3e+38
 below the least confidence|1,-1,10,20,30,40,0.5\n1,-1,90,20,30,40,0.25|--min-conf 0.5|1,1,10,20,30,40,0.5
 negative least confidence|1,-1,10,20,30,40,-0.5|--min-conf -1|1,1,10,20,30,40,-0.5
+frames from 0|0,-1,10,20,30,40,0.5\n1,-1,10,20,30,40,0.5|--frame-base 0|0,1,10,20,30,40,0.5\n1,1,10,20,30,40,0.5
 classes from 0|1,-1,10,20,30,40,0.5,0|--class-column 8 --class-base 0|1,1,10,20,30,40,0.5
 END
 }
@@ -135,7 +137,7 @@ lines() {
 usage() {
     printf '1,-1,10,20,30,40,0.5\n' | tee in.txt >truth.txt
     printf 'iou = 7\n' >range.toml
-    printf 'speed = 7\n' >unknown.toml
+    printf 'coastd = true\n' >unknown.toml
     printf '[a.b]\n' >section.toml
     printf 'coasted = perhaps\n' >flag.toml
     while IFS='|' read -r name arguments; do
@@ -167,6 +169,16 @@ an endless configuration|track --config /dev/zero in.txt
 half a size|synth --size 640x
 no size|synth --size 0x480
 negative seed|synth --seed -1
+END
+    while IFS='|' read -r arguments message; do
+        run $arguments
+        check "misspelled: $arguments" "2|zeltrack: $message" "$status|${err% (see *}"
+    done <<'END'
+trak in.txt|expected a command, found "trak"; did you mean track?
+track --iuo 0.5 in.txt|expected an option, found "--iuo"; did you mean --iou?
+track --scal=2 in.txt|expected an option, found "--scal"; did you mean --scale?
+track --min-conf -1 --frobnicate in.txt|expected an option, found "--frobnicate"
+track --config unknown.toml in.txt|unknown.toml:1: expected the name of an option, found "coastd"; did you mean coasted?
 END
     run track in.txt -o in.txt
     check "input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"

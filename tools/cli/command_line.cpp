@@ -10,6 +10,8 @@
 #include <iostream>
 #include <sstream>
 
+#include "cli/nearest.h"
+
 namespace zeltrack {
 
 static constexpr std::size_t longest_message = 200;  // an argument may have any length
@@ -60,6 +62,16 @@ option command_line::custom(const std::string& names, const std::string& unit, c
 {
     // the check of a value is where it is taken, too: its error then names the option
     return option(parts_->app.add_option(names)->description(help)->type_name(unit)->check(read));
+}
+
+// The long names of all options, with the dashes or without.
+static std::vector<std::string> option_names(const CLI::App& app, const std::string& dashes)
+{
+    std::vector<std::string> names;
+    for (const CLI::Option* it : app.get_options())
+        for (const std::string& name : it->get_lnames())
+            names.push_back(dashes + name);
+    return names;
 }
 
 // --- options from a file ---------------------------------------------------------------------------------------------
@@ -122,7 +134,7 @@ private:
         if (!option)
             option = app_.get_option_no_throw(name);
         if (!option || option == app_.get_help_ptr() || option == app_.get_config_ptr())
-            return expected("the name of an option", name);
+            return expected("the name of an option", name) + suggestion(name, option_names(app_, ""));
         return std::find(typed.begin(), typed.end(), option) == typed.end() ? set(*option, value) : "";
     }
 
@@ -152,6 +164,17 @@ void command_line::config_file()
 
 // --- parsing ---------------------------------------------------------------------------------------------------------
 
+// What CLI11 found wrong. An unknown option comes first: it may have left its value where another argument was expected.
+static std::string message_of(const CLI::Error& error, const CLI::App& app)
+{
+    for (const std::string& word : app.remaining()) {
+        const std::string name = word.substr(0, word.find('='));
+        if (name.size() > 1 && name[0] == '-')
+            return "expected an option, found " + excerpt(name) + suggestion(name, option_names(app, "--"));
+    }
+    return printable(std::string_view(error.what()).substr(0, longest_message));
+}
+
 bool command_line::parse()
 {
     try {
@@ -161,9 +184,7 @@ bool command_line::parse()
         print(parts_->app.help());
         return false;
     } catch (const CLI::Error& error) {
-        throw failure(printable(std::string_view(error.what()).substr(0, longest_message)) + " (see zeltrack " +
-                          parts_->name + " --help)",
-                      exit_usage);
+        throw failure(message_of(error, parts_->app) + " (see zeltrack " + parts_->name + " --help)", exit_usage);
     }
 }
 

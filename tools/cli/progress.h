@@ -21,7 +21,7 @@ private:
     using clock = std::chrono::steady_clock;
 
     bool active_;
-    bool drawn_ = false;
+    int drawn_ = 0;  // columns of the last line
     std::string what_;
     int total_;
     clock::time_point next_;

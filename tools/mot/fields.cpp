@@ -13,7 +13,6 @@
 namespace zeltrack {
 
 static constexpr std::size_t needed_fields = 7;
-static constexpr range<int> frames = {1, max_frame};
 static constexpr range<float> coordinates = {-max_coordinate, max_coordinate};
 static constexpr range<float> whole_numbers = {-max_class, max_class};
 static constexpr range<float> finite = {std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max()};
@@ -53,13 +52,16 @@ static bool parse_whole(std::string_view text, float& value)
     return parse_number(text, whole_numbers, value) && value == std::floor(value);
 }
 
-static std::optional<std::string> parse_frame(std::string_view text, int& frame)
+static std::optional<std::string> parse_frame(std::string_view text, int base, int& frame)
 {
+    const range<double> frames = {static_cast<double>(base), static_cast<double>(max_frame - 1 + base)};
     // some writers print every column as a float: 1.0, 1e+00
     double value = 0;
-    if (!parse_number(text, range<double>{frames.low, frames.high}, value) || value != std::floor(value))
-        return expected("a frame number from " + to_text(frames), text);
-    frame = static_cast<int>(value);
+    if (!parse_number(text, frames, value) || value != std::floor(value)) {
+        const char* hint = base == 1 && text == "0" ? " (if frames count from 0: --frame-base 0)" : "";
+        return expected("a frame number from " + to_text(range<int>{base, max_frame - 1 + base}) + hint, text);
+    }
+    frame = static_cast<int>(value) + 1 - base;
     return std::nullopt;
 }
 
@@ -75,13 +77,13 @@ static std::optional<std::string> parse_class(std::string_view text, int base, f
                     text);
 }
 
-std::optional<std::string> parse_detection(const field_list& fields, const mot_classes& classes, mot_row& row)
+std::optional<std::string> parse_detection(const field_list& fields, const mot_layout& layout, mot_row& row)
 {
-    const auto class_column = static_cast<std::size_t>(classes.column);
+    const auto class_column = static_cast<std::size_t>(layout.class_column);
     const std::size_t needed = std::max(needed_fields, class_column);
     if (fields.size() < needed)
         return "expected " + to_text(needed) + " fields or more, found " + to_text(fields.size());
-    if (auto wrong = parse_frame(fields[0], row.frame))
+    if (auto wrong = parse_frame(fields[0], layout.frame_base, row.frame))
         return wrong;
     for (const number_column& column : box_columns)
         if (!parse_number(fields[column.index], coordinates, row.*column.member))
@@ -90,12 +92,14 @@ std::optional<std::string> parse_detection(const field_list& fields, const mot_c
         return expected("a finite number as confidence", fields[6]);
     if (class_column == 0)
         return std::nullopt;
-    return parse_class(fields[class_column - 1], classes.base, row.cls);
+    return parse_class(fields[class_column - 1], layout.class_base, row.cls);
 }
 
-std::optional<std::string> parse_truth(const field_list& fields, mot_row& row)
+std::optional<std::string> parse_truth(const field_list& fields, int frame_base, mot_row& row)
 {
-    if (auto wrong = parse_detection(fields, mot_classes(), row))
+    mot_layout layout;
+    layout.frame_base = frame_base;
+    if (auto wrong = parse_detection(fields, layout, row))
         return wrong;
     float id = 0;
     if (!parse_whole(fields[1], id))

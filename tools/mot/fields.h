@@ -19,7 +19,7 @@ std::string_view trimmed(std::string_view text);
 
 void split(std::string_view line, field_list& fields);
 
-std::optional<std::string> parse_detection(const field_list& fields, const mot_classes& classes, mot_row& row);
-std::optional<std::string> parse_truth(const field_list& fields, mot_row& row);
+std::optional<std::string> parse_detection(const field_list& fields, const mot_layout& layout, mot_row& row);
+std::optional<std::string> parse_truth(const field_list& fields, int frame_base, mot_row& row);
 
 }  // namespace zeltrack

@@ -26,15 +26,16 @@ static std::vector<mot_row> load_rows(const std::string& path, const row_reader&
     return rows;
 }
 
-std::vector<mot_row> load_detections(const std::string& name, const mot_classes& classes)
+std::vector<mot_row> load_detections(const std::string& name, const mot_layout& layout)
 {
     return load_rows(
-        name, [&classes](std::istream& in, std::vector<mot_row>& rows) { return read_detections(in, classes, rows); });
+        name, [&layout](std::istream& in, std::vector<mot_row>& rows) { return read_detections(in, layout, rows); });
 }
 
-std::vector<mot_row> load_truth(const std::string& name)
+std::vector<mot_row> load_truth(const std::string& name, int frame_base)
 {
-    std::vector<mot_row> rows = load_rows(name, read_truth);
+    std::vector<mot_row> rows = load_rows(
+        name, [frame_base](std::istream& in, std::vector<mot_row>& read) { return read_truth(in, read, frame_base); });
     const auto uncounted = [](const mot_row& row) { return row.conf == 0; };
     rows.erase(std::remove_if(rows.begin(), rows.end(), uncounted), rows.end());
     return rows;

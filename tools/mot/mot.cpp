@@ -38,22 +38,25 @@ static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_f
     return std::nullopt;
 }
 
-std::optional<mot_error> read_detections(std::istream& in, const mot_classes& classes, std::vector<mot_row>& rows)
+std::optional<mot_error> read_detections(std::istream& in, const mot_layout& layout, std::vector<mot_row>& rows)
 {
     const auto parse_fields = [&](const field_list& fields, mot_row& row) {
-        return parse_detection(fields, classes, row);
+        return parse_detection(fields, layout, row);
     };
     return read_rows(in, parse_fields, rows);
 }
 
-std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows)
+std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows, int frame_base)
 {
-    return read_rows(in, parse_truth, rows);
+    const auto parse_fields = [&](const field_list& fields, mot_row& row) {
+        return parse_truth(fields, frame_base, row);
+    };
+    return read_rows(in, parse_fields, rows);
 }
 
-void append_row(std::string& text, const mot_row& row)
+void append_row(std::string& text, const mot_row& row, int frame_base)
 {
-    text.append(to_text(row.frame)).append(",").append(to_text(row.id));
+    text.append(to_text(row.frame - 1 + frame_base)).append(",").append(to_text(row.id));
     for (const float value : {row.left, row.top, row.width, row.height, row.conf})
         text.append(",").append(to_text(value));
     text += ",-1,-1,-1\n";

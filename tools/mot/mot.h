@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // This room reads and writes the MOTChallenge text format: one line per box, "frame,id,left,top,width,height,conf" and
-// columns that vary from file to file. Frames count from 1 and need not be sorted. Streams are read and rows written here,
+// columns that vary from file to file. Frames count from 1, or from 0 in the file, and need not be sorted. Streams are read and rows written here,
 // files by name in load.h, one line and its checked numbers in fields.h.
 #pragma once
 
@@ -28,10 +28,11 @@ struct mot_row {
     float cls = 1;  // never 0, which would end the tracker's list
 };
 
-// Where a row's class stands (counted from 1; 0: nowhere, every row is of class 1) and which number is the first class.
-struct mot_classes {
-    int column = 0;
-    int base = 1;
+// What a file may do its own way.
+struct mot_layout {
+    int class_column = 0;  // counted from 1; 0: nowhere, every row is of class 1
+    int class_base = 1;    // number of the first class
+    int frame_base = 1;    // number of the first frame; a mot_row counts from 1 in any case
 };
 
 struct mot_error {
@@ -42,13 +43,13 @@ struct mot_error {
 // Append all rows of a detection file, in the order of the file. The identifier column is not read. Stops at the first
 // line that is wrong; memory is bounded by the rows, however long a line is. The stream must throw what goes wrong with
 // reading: here the end of a stream is the end of the file.
-std::optional<mot_error> read_detections(std::istream& in, const mot_classes& classes, std::vector<mot_row>& rows);
+std::optional<mot_error> read_detections(std::istream& in, const mot_layout& layout, std::vector<mot_row>& rows);
 
 // The same for true boxes, whose identifiers are read and whose classes are not.
-std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows);
+std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows, int frame_base = 1);
 
 // Append "frame,id,left,top,width,height,conf,-1,-1,-1" and a newline: each number as the shortest text that reads back
 // to the same float.
-void append_row(std::string& text, const mot_row& row);
+void append_row(std::string& text, const mot_row& row, int frame_base = 1);
 
 }  // namespace zeltrack

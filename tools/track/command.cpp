@@ -25,9 +25,9 @@ static void run(command_line& line)
     refuse_shared_files({options.detections}, {output});
     const sequence input = load_sequence(options);
     output_file results(output, !no_sync);
-    const auto write = [&results](int, const std::vector<track_row>& rows) {
+    const auto write = [&](int, const std::vector<track_row>& rows) {
         for (const track_row& row : rows)
-            append_row(results.buffer(), row.box);
+            append_row(results.buffer(), row.box, options.layout.frame_base);
         results.flush_if_full();
     };
     const track_summary summary = track_sequence(input, options, write);

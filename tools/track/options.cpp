@@ -47,17 +47,19 @@ static void declare_input(command_line& line, track_options& options)
     using confidence = std::numeric_limits<float>;
     line.number("--min-conf", "C", options.min_conf, {confidence::lowest(), confidence::max()},
                 "ignore detections of a lower confidence", "none");
-    line.number("--class-column", "N", options.classes.column, {8, 1000},
+    line.number("--frame-base", "N", options.layout.frame_base, {0, 1},
+                "number of the first frame, here and in results");
+    line.number("--class-column", "N", options.layout.class_column, {8, 1000},
                 "column of the class, a whole number. A detection then matches\nonly tracks of its class", "all alike");
-    line.number("--class-base", "N", options.classes.base, {0, 1}, "number of the first class");
+    line.number("--class-base", "N", options.layout.class_base, {0, 1}, "number of the first class");
     line.flag("--ignore-class", options.ignore_class, "read classes, but match across them");
 }
 
 void declare_options(command_line& line, track_options& options)
 {
     line.text("DETECTIONS", "", options.detections,
-              "file of lines frame,id,left,top,width,height,conf[,...]; frames\n"
-              "count from 1, in any order; - is standard input")
+              "file of lines frame,id,left,top,width,height,conf[,...], with\n"
+              "the frames in any order; - is standard input")
         .required();
     declare_association(line, options);
     declare_life(line, options);

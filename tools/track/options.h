@@ -22,7 +22,7 @@ struct track_options {
     int removal = 10;
     bool ignore_class = false;
     float min_conf = std::numeric_limits<float>::lowest();
-    mot_classes classes;
+    mot_layout layout;
     bool coasted = false;
     bool quiet = false;
 };

@@ -14,7 +14,7 @@ sequence load_sequence(const track_options& options)
 {
     sequence loaded;
     std::vector<mot_row>& rows = loaded.rows;
-    rows = load_detections(options.detections, options.classes);
+    rows = load_detections(options.detections, options.layout);
     if (!rows.empty())
         loaded.frames = rows.back().frame;
     const auto weak = [&options](const mot_row& row) { return row.conf < options.min_conf; };

@@ -67,7 +67,7 @@ static void pack_boxes(package& out, const std::string& name, const std::vector<
 void pack_input(package& out, const sequence& file, const track_options& options)
 {
     out.number("frames", file.frames);
-    out.number("classBase", options.classes.base);
+    out.number("classBase", options.layout.class_base);
     pack_boxes(out, "input", file.rows);
 }
 

@@ -33,7 +33,7 @@ static void run(command_line& line)
     const sequence file = load_sequence(all);
     const selected_rows selected = select_rows(file, options.track.min_conf);
     if (!truth.empty())
-        options.truth = load_truth(truth);
+        options.truth = load_truth(truth, options.track.layout.frame_base);
     output_file page(output, !no_sync);
     const track_summary summary = view_sequence(file, selected, options, page.buffer());
     page.commit();
