@@ -33,7 +33,7 @@ private:
     private:
         int fd_;
         const std::string& name_;
-        char buffer_[1 << 16];
+        char buffer_[1 << 16] = {};
     };
 
     std::string name_;

@@ -86,9 +86,9 @@ void recorder::note_births(const tracker_t& tracker)
     const auto first = recording_.detections.end() - tracker.ncurobjs;
     for (int n = 0; n < tracker.ncurobjs; ++n) {
         const trk_obj_t* obj = tracker.match_obj[n];
-        first[n].started = obj && first[n].why.result != outcome::took;
-        if (!first[n].started)
+        if (!obj || first[n].why.result == outcome::took)
             continue;
+        first[n].started = true;
         live_.push_back({obj, static_cast<int>(recording_.lives.size()), 0});
         recording_.lives.emplace_back();
         recording_.lives.back().birth = static_cast<int>(recording_.detections_of_frame.size());
