@@ -60,10 +60,11 @@ function(zel_library_objects target)
     set(optimised 1)
   endif()
   # Float contraction stays at the compiler's default. Calls between exported functions stay inside the library. Sections
-  # of their own let a static host drop what it does not use.
+  # of their own let a static host drop what it does not use. NaNs and infinities are input like any other, whatever
+  # -ffast-math among the flags of a parent project says.
   target_compile_options(${target}_objects PRIVATE $<${optimised}:-O3>
-    -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-math-errno -fno-semantic-interposition
-    -ffunction-sections -fdata-sections)
+    -fno-fast-math -fno-unsafe-math-optimizations -fno-finite-math-only -fno-math-errno
+    -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-semantic-interposition -ffunction-sections -fdata-sections)
   target_link_libraries(${target}_objects PRIVATE $<BUILD_INTERFACE:zel_options>)
 endfunction()
 

@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// What the sources assert of their callers: the duties that the headers call "must". Under NDEBUG nothing of it is left.
+// What the sources ask of the compiler, and assert of their callers: the duties that the headers call "must". Under NDEBUG
+// nothing is asserted.
 #ifndef ZEL_CONTRACT_H
 #define ZEL_CONTRACT_H
+
+#if defined(__FAST_MATH__) || __FINITE_MATH_ONLY__
+#warning "libzel is compiled with -ffast-math or -ffinite-math-only: see SECURITY.md for what it then promises"
+#endif
 
 #include <assert.h>
 #include <stddef.h>

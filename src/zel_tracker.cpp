@@ -255,7 +255,8 @@ static void look_in_block(tracker_t* tracker, const track_block* block, int n)
         float d[group_size];
         if (!any_nearer(block->x + g, block->y + g, det, mind, d))
             continue;
-        for (int l = 0; l < group_size; ++l) {
+        // up to count, not to the end of the group: with -ffinite-math-only a padded place may seem to be nearer
+        for (int l = 0; l < group_size && g + l < block->count; ++l) {
             if (!(d[l] < mind) || (!tracker->ignore_class && block->obj[g + l]->c != det->c))
                 continue;
             mind = d[l];
