@@ -1,5 +1,5 @@
-# `cpack -G DEB`: libzel1, libzel-dev and zel-tools. Configure with -DCMAKE_INSTALL_PREFIX=/usr, so that the libraries go
-# where Debian has them. A cross build gives the packages of its target.
+# `cpack -G DEB`: libzel1, libzel-dev, zel-tools and python3-zel. Configure with -DCMAKE_INSTALL_PREFIX=/usr, so that the
+# libraries go where Debian has them. A cross build gives the packages of its target.
 set(CPACK_PACKAGE_NAME libzel)
 set(CPACK_PACKAGE_VENDOR "The libzel authors")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # or it would be the synopsis of all three
@@ -7,6 +7,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_COMPONENTS_ALL zel_runtime zel_development)
 if(ZEL_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL zel_tools)
+endif()
+if(ZEL_BUILD_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL zel_python)
 endif()
 set(CPACK_STRIP_FILES ON)
 set(CPACK_SOURCE_GENERATOR "")
@@ -67,6 +70,20 @@ install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libzel-dev C
 zel_package(zel_tools zel-tools utils foreign "command"
   "This is the command zeltrack, which tracks files of detections and shows what
 happened, frame by frame.")
+
+if(ZEL_BUILD_PYTHON)
+  zel_package(zel_python python3-zel python foreign "Python package"
+    "This is the package zel for Python 3, which takes and gives numpy arrays.")
+  set(CPACK_DEBIAN_ZEL_PYTHON_PACKAGE_ARCHITECTURE all)
+  set(CPACK_DEBIAN_ZEL_PYTHON_PACKAGE_DEPENDS
+    "libzel${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION}), python3 (>= 3.9), python3-numpy")
+  set(CPACK_DEBIAN_ZEL_PYTHON_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/cmake/debian/python/postinst ${PROJECT_SOURCE_DIR}/cmake/debian/python/prerm)
+  install(FILES docs/python.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-zel
+    COMPONENT zel_python EXCLUDE_FROM_ALL)
+  install(DIRECTORY examples/python/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-zel/examples
+    COMPONENT zel_python EXCLUDE_FROM_ALL)
+endif()
 
 # Debian's own changelog, dated as the release is. What is not released yet is of today.
 file(STRINGS CHANGELOG.md released REGEX "^## \\[${PROJECT_VERSION}\\]")

@@ -1,0 +1,44 @@
+# SPDX-License-Identifier: MIT
+"""Track a MOTChallenge file: lines of frame,id,left,top,width,height,conf in, tracks in the same layout out."""
+import argparse
+import sys
+from typing import Iterator, TextIO
+
+import numpy as np
+
+import zel
+
+
+def shortest(value: np.float32) -> str:
+    """The shortest text that reads back to the same number, as `zeltrack track` writes it."""
+    plain = np.format_float_positional(value, trim="-")
+    scientific = np.format_float_scientific(value, trim="-", exp_digits=2)
+    return min(plain, scientific, key=len)
+
+
+def lines(file: str, tracker: zel.Tracker) -> Iterator[str]:
+    data = np.loadtxt(file, delimiter=",", usecols=range(7), dtype=np.float32, ndmin=2)
+    frames = data[:, 0].astype(int)
+    corners = data[:, 2:6].astype(float)
+    corners[:, 2:] += corners[:, :2]
+    for frame in range(1, frames.max(initial=0) + 1):
+        now = np.flatnonzero(frames == frame)
+        tracks = tracker.update(corners[now], data[now, 6])
+        boxes = tracks.xyxy.astype(float)
+        boxes[:, 2:] -= boxes[:, :2]
+        for number, box, score in zip(tracks.ids, boxes.astype(np.float32), tracks.scores):
+            yield ",".join([f"{frame},{number}", *map(shortest, box), shortest(score), "-1,-1,-1"])
+
+
+def main(out: TextIO) -> None:
+    parser = argparse.ArgumentParser(prog="python3 -m zel", description=__doc__)
+    parser.add_argument("detections", help="MOTChallenge file, frames from 1 in any order")
+    parser.add_argument("--fps", type=float, help="frames per second, if known")
+    arguments = parser.parse_args()
+    with zel.Tracker(max_objects=16384, frame_rate=arguments.fps) as tracker:
+        for line in lines(arguments.detections, tracker):
+            print(line, file=out)
+
+
+if __name__ == "__main__":
+    main(sys.stdout)
