@@ -1,6 +1,6 @@
-cmake_policy(VERSION 3.25)
+cmake_policy(VERSION 3.21)
 # Run as a script, joins the parts of the page: PARTS are its markup and its style, SCRIPTS its modules, each after what it
-# imports. Together the modules are one script, without their imports and exports. Writes the page as the array
+# imports; WORKER_SCRIPTS the same for the page's other thread. Together the modules are one script, without their imports and exports. Writes the page as the array
 # page_template of namespace zeltrack to OUTPUT, and the script alone to SCRIPT_OUTPUT, to be checked.
 
 # The base64 digits of a text's SHA-256, as a content security policy names what may run.
@@ -36,6 +36,8 @@ endfunction()
 read_joined("${SCRIPTS}" script)
 set(script "\n'use strict';\n${script}")
 file(WRITE ${SCRIPT_OUTPUT} "${script}")
+read_joined("${WORKER_SCRIPTS}" worker)
+set(worker "'use strict';\n${worker}")
 
 list(GET PARTS 0 markup)
 list(GET PARTS 1 style_file)
@@ -46,6 +48,7 @@ policy_hash("${style}" STYLE_HASH)
 string(REPLACE "@SCRIPT_HASH@" "${SCRIPT_HASH}" page "${page}")
 string(REPLACE "@STYLE_HASH@" "${STYLE_HASH}" page "${page}")
 string(REPLACE "@STYLE@" "${style}" page "${page}")
+string(REPLACE "@WORKER@" "${worker}" page "${page}")
 string(REPLACE "@SCRIPT@" "${script}" page "${page}")
 
 string(FIND "${page}" ")embedded\"" clash)

@@ -37,7 +37,7 @@ struct processor {
 };
 #if defined(__AVX__)
 constexpr processor target = {8, false, false};  // spreads a scalar over a register while it loads it
-#elif defined(__SSE2__)
+#elif defined(__SSE2__) || defined(__wasm_simd128__)  // the same sums in pages of the command
 constexpr processor target = {4, false, true};  // needs a shuffle for each factor, and so saves them
 #else
 constexpr processor target = {4, true, false};

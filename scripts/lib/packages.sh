@@ -3,6 +3,10 @@
 #
 # Sourced by the scripts beside it. Needs nothing but a shell and Debian's own tools: it runs before all else.
 
+# For the tracker in the pages of the view command, which are written without it where one of these is missing.
+# shellcheck disable=SC2034  # used by those who source this
+page_packages='clang libc++-14-dev-wasm32 libclang-rt-14-dev-wasm32 lld wasi-libc'
+
 # need_packages NAME...: install the Debian packages that are missing, or say which they are and stop.
 need_packages() {
     if ! command -v apt-get >/dev/null; then

@@ -5,6 +5,7 @@
 
 #include "cli/command_line.h"
 #include "cli/output_file.h"
+#include "cli/progress.h"
 #include "track/track.h"
 
 namespace zeltrack {
@@ -25,10 +26,12 @@ static void run(command_line& line)
     refuse_shared_files({options.detections}, {output});
     const sequence input = load_sequence(options);
     output_file results(output, !no_sync);
-    const auto write = [&](int, const std::vector<track_row>& rows) {
+    progress bar(!options.quiet, "frame", input.frames);
+    const auto write = [&](int frame, const std::vector<track_row>& rows) {
         for (const track_row& row : rows)
             append_row(results.buffer(), row.box, options.layout.frame_base);
         results.flush_if_full();
+        bar.update(frame);
     };
     const track_summary summary = track_sequence(input, options, write);
     results.commit();

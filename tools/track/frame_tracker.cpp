@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <new>
 
 namespace zeltrack {
@@ -28,8 +29,13 @@ frame_tracker::frame_tracker(const track_options& options, double scale, int cap
       input_(std::make_unique<float[][6]>(capacity_)),
       output_(std::make_unique<float[][8]>(capacity_))
 {
-    if (!handle_)
-        throw std::bad_alloc();
+    if (handle_)
+        return;
+#ifdef __cpp_exceptions
+    throw std::bad_alloc();
+#else
+    std::abort();
+#endif
 }
 
 void frame_tracker::put(const mot_row* first, const mot_row* last)

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "cli/progress.h"
 #include "track/scale.h"
 #include "track/steps.h"
 
@@ -62,7 +61,6 @@ track_summary track_sequence(const sequence& input, const track_options& options
     frame_tracker tracker(options, summary.scale, summary.capacity, process);
     tally counts(summary, options.coasted);
     step_watch steps;
-    progress bar(!options.quiet, "frame", input.frames);
 
     const mot_row* first = input.rows.data();
     const mot_row* const end = first + input.rows.size();
@@ -73,7 +71,6 @@ track_summary track_sequence(const sequence& input, const track_options& options
         const std::vector<track_row>& rows = tracker.process(frame, first, last);
         each(frame, counts.count(rows, last - first));
         steps.observe(first, first + std::min<std::ptrdiff_t>(last - first, summary.capacity), rows);
-        bar.update(frame);
         first = last;
     }
     summary.seconds = tracker.seconds();

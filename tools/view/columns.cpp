@@ -68,6 +68,7 @@ void pack_input(package& out, const sequence& file, const track_options& options
 {
     out.number("frames", file.frames);
     out.number("classBase", options.layout.class_base);
+    out.number("frameBase", options.layout.frame_base);
     pack_boxes(out, "input", file.rows);
 }
 
@@ -306,7 +307,7 @@ static void pack_parameters(package& out, const track_options& o, const track_su
     out.number("removal", o.removal);
     out.number("minConf", o.min_conf);
     out.number("capacity", summary.capacity);
-    out.number("capacityChosen", o.max_objects);
+    out.number("maxObjects", o.max_objects);
     out.number("ignoreClass", o.ignore_class);
 }
 

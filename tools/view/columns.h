@@ -3,14 +3,25 @@
 // A run of the tracker as the package of columns that the page draws.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
+#include "track/options.h"
+#include "track/sequence.h"
+#include "track/summary.h"
 #include "view/column.h"
 #include "view/identity.h"
 #include "view/recording.h"
-#include "view/view.h"
 
 namespace zeltrack {
+
+// The rows of a file that the tracker is given, and where each of them stands in the file.
+struct selected_rows {
+    sequence rows;
+    std::vector<std::size_t> places;
+};
+
+selected_rows select_rows(const sequence& file, float min_conf);
 
 // All boxes of the file, weak ones too, exactly: who changes the least confidence needs them again.
 void pack_input(package& out, const sequence& file, const track_options& options);

@@ -1,49 +1,50 @@
 // SPDX-License-Identifier: MIT
 //
 // The page: its template with the data in place.
-#include "view/view.h"
-
+#include <cstddef>
+#include <initializer_list>
 #include <string_view>
+#include <utility>
 
-#include "view/columns.h"
-#include "view/identity.h"
-#include "view/recorder.h"
+#include "cli/progress.h"
+#include "view/run.h"
+#include "view/view.h"
 
 namespace zeltrack {
 
-extern const char page_template[];  // joined by the build
+// Made by the build. Without the module there is no tracker in the page.
+extern const char page_template[];
+extern const unsigned char page_module[];
+extern const std::size_t page_module_size;
+
+// The template with each mark, in the order of the page, replaced by base64.
+static void append_page(std::string& page, std::initializer_list<std::pair<std::string_view, std::string_view>> parts)
+{
+    std::string_view rest = page_template;
+    for (const auto& [mark, bytes] : parts) {
+        const std::size_t at = rest.find(mark);
+        page.append(rest.substr(0, at));
+        append_base64(page, bytes);
+        rest.remove_prefix(at + mark.size());
+    }
+    page.append(rest);
+}
 
 track_summary view_sequence(const sequence& file, const selected_rows& selected, const view_options& options,
                             std::string& page)
 {
-    recorder records;
-    identity_watch identities;
-    const std::vector<mot_row> no_truth;
-    const std::vector<mot_row>& truth = options.truth ? *options.truth : no_truth;
-    const mot_row* object = truth.data();
-    const mot_row* const end = object + truth.size();
-    const auto observe = [&](int frame, const std::vector<track_row>& rows) {
-        const mot_row* const first = object;
-        while (object != end && object->frame == frame)
-            ++object;
-        identities.observe(frame, first, object, rows);
-    };
-    const track_summary summary = track_sequence(selected.rows, options.track, observe, {recorder::process, &records});
-
     package data;
     data.text("file", options.track.detections);
     data.text("command", options.command);
     pack_input(data, file, options.track);
     if (options.truth)
         pack_truth(data, *options.truth);
-    pack_run(data, records.result(), selected, summary, options.track, identities.changes());
+    progress bar(!options.track.quiet, "frame", file.frames);
+    const track_summary summary = pack_tracked(data, {file, selected, options.truth ? &*options.truth : nullptr},
+                                               options.track, [&bar](int frame) { bar.update(frame); });
 
-    constexpr std::string_view mark = "{{data}}";
-    const std::string_view text = page_template;
-    const std::size_t at = text.find(mark);
-    page.append(text.substr(0, at));
-    append_base64(page, data.bytes());
-    page.append(text.substr(at + mark.size()));
+    const std::string_view module(reinterpret_cast<const char*>(page_module), page_module_size);
+    append_page(page, {{"{{data}}", data.bytes()}, {"{{module}}", module}});
     return summary;
 }
 

@@ -42,8 +42,8 @@ function drawHeader() {
         OUTCOMES.map(n => total(svgSign(signs[n], OUTCOME_COLOURS[n]), events[OUTCOME_KEYS[n]].name, OUTCOME_KEYS[n]));
     byId('size').textContent = [
         plural(run.frames, 'frame'), plural(run.detections.count, 'detection'),
-        plural(run.lives.byId.size, 'identifier')
-    ].join(' \u00b7 ');
+        plural(run.lives.byId.size, 'identifier'), run.frameBase ? '' : 'frame 1 is frame 0 of the file'
+    ].filter(Boolean).join(' \u00b7 ');
     refresh(
         byId('facts'), parameterFacts(),
         group(

@@ -42,6 +42,8 @@ export function openPackage(bytes) {
     }
     const part = name => parts.get(name) ?? new Uint8Array(0);
     return {
+        names: () => [...parts.keys()],
+        bytes: part,
         has: name => parts.has(name),
         text: name => decode(part(name)),
         number: name => {

@@ -251,13 +251,13 @@ export function readFile(columns) {
         input: readBoxes(columns, 'input'),
         truth: readTruth(columns),
         frames: columns.number('frames'),
-        classBase: columns.number('classBase')
+        classBase: columns.number('classBase'),
+        frameBase: columns.number('frameBase')
     };
 }
 
-const PARAMETERS = [
-    'scale', 'chosen', 'gate', 'euc', 'iou', 'stable', 'removal', 'minConf', 'capacity', 'capacityChosen', 'ignoreClass'
-];
+const PARAMETERS =
+    ['scale', 'chosen', 'gate', 'euc', 'iou', 'stable', 'removal', 'minConf', 'capacity', 'maxObjects', 'ignoreClass'];
 
 function findNearest(run) {
     const {detections, live, busy} = run;

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+//
+// The tracker, the recorder and what is told of both.
+#include "view/run.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "view/recorder.h"
+
+namespace zeltrack {
+
+namespace {
+
+// What was reported, in one number that differs wherever a bit of a row does (FNV-1a).
+class row_digest {
+public:
+    void add(const mot_row& row)
+    {
+        unsigned char bytes[sizeof(row)];
+        std::memcpy(bytes, &row, sizeof(row));
+        for (const unsigned char byte : bytes)
+            digest_ = (digest_ ^ byte) * 0x100000001b3;
+    }
+    // As two whole numbers, which a double holds exactly.
+    void pack(package& out) const
+    {
+        out.number("digestHigh", static_cast<double>(digest_ >> 32));
+        out.number("digestLow", static_cast<double>(digest_ & 0xffffffff));
+    }
+
+private:
+    std::uint64_t digest_ = 0xcbf29ce484222325;
+};
+
+}  // namespace
+
+track_summary pack_tracked(package& out, const run_input& input, const track_options& options,
+                           const std::function<void(int frame)>& each)
+{
+    recorder records;
+    identity_watch identities;
+    row_digest digest;
+    const mot_row* object = input.truth ? input.truth->data() : nullptr;
+    const mot_row* const end = input.truth ? object + input.truth->size() : nullptr;
+    const auto observe = [&](int frame, const std::vector<track_row>& rows) {
+        const mot_row* const first = object;
+        while (object != end && object->frame == frame)
+            ++object;
+        identities.observe(frame, first, object, rows);
+        for (const track_row& row : rows)
+            digest.add(row.box);
+        each(frame);
+    };
+    const track_summary summary = track_sequence(input.selected.rows, options, observe, {recorder::process, &records});
+    pack_run(out, records.result(), input.selected, summary, options, identities.changes());
+    digest.pack(out);
+    return summary;
+}
+
+}  // namespace zeltrack
