@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the recorder says of a frame, against the tracker itself with fewer detections: what would take a track alone, but
-// not after others, lost; what takes it until others follow, was displaced.
+// What the recorder says of a frame, against the tracker itself with fewer detections: what would take a track alone,
+// but not after others, lost; what takes it until others follow, was displaced.
 #include "view/view.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-# The manual page tells of every option what --help tells: its names, its argument and its default.
+# The manual page gives the names, the argument and the default of every option as --help does.
 cmake_minimum_required(VERSION 3.25)
 
 # The options of a help text, each as "-s,--stable N = 3".

@@ -1,8 +1,8 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 #
-# Tests of the zeltrack command: run.sh GROUP PROGRAM [ARGUMENT...]. Tables stand in here-documents, one case a line, its
-# fields divided by "|"; \n and the like in them are escapes of printf %b. Every row begins with what it guards.
+# Tests of the zeltrack command: run.sh GROUP PROGRAM [ARGUMENT...]. Tables stand in here-documents, one case a line,
+# its fields divided by "|"; \n and the like in them are escapes of printf %b. Every row begins with what it guards.
 # shellcheck disable=SC2086,SC2317  # options are split on purpose; the groups are called by name
 set -u
 group=$1

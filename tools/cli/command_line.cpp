@@ -164,7 +164,8 @@ void command_line::config_file()
 
 // --- parsing ---------------------------------------------------------------------------------------------------------
 
-// What CLI11 found wrong. An unknown option comes first: it may have left its value where another argument was expected.
+// What CLI11 found wrong. An unknown option comes first: it may have left its value where another argument was
+// expected.
 static std::string message_of(const CLI::Error& error, const CLI::App& app)
 {
     for (const std::string& word : app.remaining()) {

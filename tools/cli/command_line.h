@@ -3,8 +3,8 @@
 // This room is what a subcommand shares with its user: the command line (here), numbers as text (number.h), failures
 // (failure.h), output files (output_file.h) and the progress bar (progress.h). It knows nothing of tracking.
 //
-// Every option is bound to a variable, whose value at that time is the default; the help text shows that default and the
-// range that is checked. CLI11, which does the rest, takes long to compile: only command_line.cpp includes it.
+// Every option is bound to a variable, whose value at that time is the default; the help text shows that default and
+// the range that is checked. CLI11, which does the rest, takes long to compile: only command_line.cpp includes it.
 #pragma once
 
 #include <functional>
@@ -45,8 +45,8 @@ private:
     CLI::Option* it_;
 };
 
-// Names are "-s,--stable" or "--stable"; without dashes the option is a positional argument. `unit` stands for the value
-// in the help text, whose lines have about 60 characters.
+// Names are "-s,--stable" or "--stable"; without dashes the option is a positional argument. `unit` stands for the
+// value in the help text, whose lines have about 60 characters.
 class command_line {
 public:
     // argv[0] is the subcommand's name.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The texts of errors. File names keep their bytes beyond ASCII, found data does not.
+// The texts of errors. File names keep their bytes beyond ASCII, excerpts of data do not.
 #include "cli/failure.h"
 
 #include <algorithm>

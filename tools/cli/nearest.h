@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What somebody may have meant who mistyped a name.
+// The name that a mistyped one was probably meant to be.
 #pragma once
 
 #include <string>
@@ -9,7 +9,8 @@
 
 namespace zeltrack {
 
-// "; did you mean NAME?" with the name that differs least from `typed`, or that alone begins with it; "" if none is near.
+// "; did you mean NAME?" with the name that differs least from `typed`, or that alone begins with it; "" if none is
+// near.
 std::string suggestion(std::string_view typed, const std::vector<std::string>& names);
 
 }  // namespace zeltrack

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Numbers as text, in both directions and whatever the locale; and the ranges within which they are taken.
+// Numbers to text and text to numbers, whatever the locale; and the ranges within which numbers are accepted.
 #pragma once
 
 #include <charconv>

@@ -366,8 +366,8 @@ void prepare_standard_streams()
 {
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
-    // A file that is opened as descriptor 0, 1 or 2 would be taken for a stream of the user's. What stands in for a closed
-    // one is opened the wrong way round, so that using it is an error.
+    // A file that is opened as descriptor 0, 1 or 2 would be taken for a stream of the user's. What stands in for a
+    // closed one is opened the wrong way round, so that using it is an error.
     for (int fd = 0; fd <= STDERR_FILENO; ++fd)
         if (fcntl(fd, F_GETFD) < 0)
             open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);

@@ -23,7 +23,7 @@ public:
     output_file(const output_file&) = delete;
     output_file& operator=(const output_file&) = delete;
 
-    // Whoever fills buffer() calls flush_if_full() now and then.
+    // To be called from time to time by what fills buffer().
     std::string& buffer() { return buffer_; }
     void flush_if_full();
 

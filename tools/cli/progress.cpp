@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The bar is redrawn ten times a second and wiped at the end with blanks, which even the plainest terminal understands. It
-// never takes a whole line, or the next one would not be drawn over it.
+// The bar is redrawn ten times a second and wiped at the end with blanks, which even the plainest terminal understands.
+// It never takes a whole line, or the next one would not be drawn over it.
 #include "cli/progress.h"
 
 #include <sys/ioctl.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A progress bar on standard error, for work that turns out to take a while. On anything but a terminal it is nothing.
+// A progress bar on standard error, shown after half a second of work, and only on a terminal.
 #pragma once
 
 #include <chrono>

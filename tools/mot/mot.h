@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // This room reads and writes the MOTChallenge text format: one line per box, "frame,id,left,top,width,height,conf" and
-// columns that vary from file to file. Frames count from 1, or from 0 in the file, and need not be sorted. Streams are read and rows written here,
-// files by name in load.h, one line and its checked numbers in fields.h.
+// columns that vary from file to file. Frames count from 1, or from 0 in the file, and need not be sorted. Streams are
+// read and rows written here, files by name in load.h, one line and its checked numbers in fields.h.
 #pragma once
 
 #include <cstddef>

@@ -68,7 +68,7 @@ static void run(command_line& line)
     std::string truth_output;
     bool no_sync = false;
     declare_options(line, options);
-    line.text("--gt", "FILE", truth_output, "write the truth, with identifiers, to this file");
+    line.text("--gt", "FILE", truth_output, "write the ground truth, with identifiers, to this file");
     line.text("-o,--output", "OUT", output, "where to write the detections; - is standard output, the default");
     line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
@@ -87,7 +87,7 @@ static void run(command_line& line)
 
 const subcommand synth_command = {
     "synth",
-    "invent a sequence of detections, with the truth if wanted",
+    "invent a sequence of detections, with ground truth if wanted",
     "Write the detections of an invented sequence of boxes that cross, enter and leave an image, as lines\n"
     "frame,-1,left,top,width,height,conf,-1,-1,-1.",
     "",

@@ -41,7 +41,7 @@ synth_scene::synth_scene(const synth_options& options)
       noise_(std::llround(options.noise * 1000)),
       random_(options.seed)
 {
-    // most of the distance that they would have side by side, so that they often cross and seldom hide each other
+    // 0.8 of the distance between objects on a regular grid, so that they often cross and rarely hide each other
     const double spacing = std::sqrt(static_cast<double>(options.width) * options.height / options.objects);
     tallest_ = std::clamp(static_cast<milli>(800 * spacing), milli{4000}, std::max(height_ / 2, milli{4000}));
     for (int n = 0; n < options.objects; ++n) {

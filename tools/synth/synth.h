@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// This room invents sequences: boxes that wander through an image, cross, leave at its edges and are followed by new ones, and
-// the detections that a moderately good detector would make of them. The same options give the same rows everywhere.
+// This room invents sequences: boxes that wander through an image, cross, leave at its edges and are followed by new
+// ones, and the detections that a moderately good detector would make of them. The same options give the same rows on
+// every machine.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +32,7 @@ class synth_scene {
 public:
     explicit synth_scene(const synth_options& options);
 
-    // Replaces both lists by the next frame's rows: the detections in random order, the truth with identifiers.
+    // Replaces both lists by the next frame's rows: the detections in random order, the ground truth with identifiers.
     void next_frame(std::vector<mot_row>& detections, std::vector<mot_row>& truth);
 
 private:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The unit in which the tracker sees the boxes. Its gate is an absolute 10 units, so the scale decides how far an object
-// may step from one frame to the next, and matters more than every other parameter.
+// The unit in which the tracker sees the boxes. Its gate is an absolute 10 units, so the scale decides how far an
+// object may step from one frame to the next, and matters more than every other parameter.
 #pragma once
 
 #include <vector>

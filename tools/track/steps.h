@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How far objects step from one frame to the next, which tells a gate that is too small.
+// How far objects step from one frame to the next, which shows whether the gate is too small.
 #pragma once
 
 #include <vector>

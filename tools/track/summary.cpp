@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The summary as text, rounded to what a reader can use.
+// The summary as text, its figures rounded.
 #include "track/summary.h"
 
 #include <algorithm>

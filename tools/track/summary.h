@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What is said of a run after it: counts, speed, the gate, and a warning when the objects outrun it.
+// The summary of a run: counts, speed, the gate, and a warning when objects step beyond it.
 #pragma once
 
 #include <cstddef>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// This room tracks a detection file: one run of the tracker over all frames of a sequence, for every command that tracks. The
-// options are in options.h, loading in sequence.h, a single frame in frame_tracker.h, the outcome in summary.h.
+// This room tracks a detection file: one run of the tracker over all frames of a sequence, for every command that
+// tracks. The options are in options.h, loading in sequence.h, a single frame in frame_tracker.h, the choice of the
+// scale in scale.h, the statistics of a run in summary.h and steps.h.
 #pragma once
 
 #include <functional>

@@ -18,7 +18,7 @@ static void run(command_line& line)
     std::string truth;
     bool no_sync = false;
     declare_options(line, options.track);
-    line.text("--gt", "FILE", truth, "the truth, with identifiers, to be shown beside the tracks");
+    line.text("--gt", "FILE", truth, "ground truth with identifiers, to be shown beside the tracks");
     line.text("-o,--output", "PAGE", output, "where to write the page; - is standard output").required();
     line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())

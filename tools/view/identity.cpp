@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Pairs of objects and tracks, taken greedily: first those that go on, then by overlap.
+// Objects and tracks are paired greedily: first the pairs of the frame before, then by overlap.
 #include "view/identity.h"
 
 #include <algorithm>

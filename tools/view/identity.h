@@ -19,8 +19,8 @@ struct identity_change {
 
 class identity_watch {
 public:
-    // An object is followed by the track that followed it before, as long as their boxes share half of their union; else
-    // by the one that it shares most with.
+    // An object is followed by the track that followed it before, as long as their boxes share half of their union;
+    // else by the one that it shares most with.
     void observe(int frame, const mot_row* first, const mot_row* last, const std::vector<track_row>& tracks);
 
     const std::vector<identity_change>& changes() const { return changes_; }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The stages of zel_tracker_process(), called one by one. Within a frame the address of a record means one track: records
-// are freed only in the last stage, after the new tracks were made.
+// The stages of zel_tracker_process(), called one by one. Within a frame the address of a record means one track:
+// records are freed only in the last stage, after the new tracks were made.
 #include "view/recorder.h"
 
 #include <unordered_map>

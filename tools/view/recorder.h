@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Runs the tracker stage by stage and notes what each stage did, so that every reason in a recording is a fact. Compiled
-// with the tracker's unit; a program that uses it gets its zel_tracker_ and zel_kalman_ functions from there.
+// Runs the tracker stage by stage and notes what each stage did, so that every reason in a recording is a fact.
+// Compiled with the tracker's unit; a program that uses it gets its zel_tracker_ and zel_kalman_ functions from there.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +16,8 @@ namespace zeltrack {
 
 class recorder {
 public:
-    // zel_tracker_process() with a recorder for its context: the same tracks, bit for bit. Every frame of a handle must go
-    // through the same recorder.
+    // zel_tracker_process() with a recorder for its context: the same tracks, bit for bit. Every frame of a handle must
+    // go through the same recorder.
     static void process(void* context, void* handle, float (*input)[6], float (*output)[8]);
 
     const recording& result() const { return recording_; }

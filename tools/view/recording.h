@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tracker did with a sequence, and why, in the tracker's own units. A life is one track from birth to end; lives
-// are numbered in the order of birth.
+// What the tracker did with a sequence, and why, in the tracker's own units. A life is one track from birth to end;
+// lives are numbered in the order of birth.
 #pragma once
 
 #include <vector>

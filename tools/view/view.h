@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // This room writes the page that shows what the tracker did: one HTML file with its script, its style and all data. The
-// recorder runs the tracker and notes what happened (recorder.h, recording.h), columns.h packs that, page.cpp joins it with
-// the page.
+// recorder runs the tracker and notes what happened (recorder.h, recording.h), columns.h packs that, page.cpp joins it
+// with the page.
 #pragma once
 
 #include <optional>
