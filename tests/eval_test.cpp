@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "eval/assignment.h"
 #include "eval/score.h"
+#include "mot/seqinfo.h"
 
 namespace zeltrack {
 
@@ -286,6 +288,26 @@ TEST(Rules, RefuseRows)
     EXPECT_FALSE(truth(with(1, 2, 14), score_rules::mot15));
     const auto rows = with(2, 1, 1);
     EXPECT_TRUE(is(subject.score(rows.data(), rows.size(), result), reason::identifier_twice, 0));
+}
+
+// --- seqinfo.ini -----------------------------------------------------------------------------------------------------
+
+TEST(SequenceInfo, TakesWhatItKnows)
+{
+    sequence_info info;
+    std::istringstream text(
+        "; a comment\r\n[Sequence]\r\nname=x\r\n imdir = img 1 \nframeRate=14.5\nseqLength=525\nIMWIDTH=640\n"
+        "imHeight=480\n\n[Other]\nseqLength=none\n");
+    EXPECT_FALSE(read_sequence_info(text, info));
+    EXPECT_TRUE(info.frame_rate == 14.5 && info.frames == 525 && info.width == 640 && info.height == 480);
+    EXPECT_EQ(info.image_folder, "img 1");
+    for (const char* wrong :
+         {"seqLength=0", "seqLength=1e3", "frameRate=nan", "imWidth=-1", "imHeight=", "[Sequence]\nx"}) {
+        std::istringstream line(std::string("\n") + wrong);
+        const auto error = read_sequence_info(line, info);
+        ASSERT_TRUE(error) << wrong;
+        EXPECT_EQ(error->line, wrong[0] == '[' ? 3U : 2U);
+    }
 }
 
 // --- what holds of any scene -----------------------------------------------------------------------------------------

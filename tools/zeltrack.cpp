@@ -8,13 +8,14 @@
 #include "cli/command_line.h"
 #include "cli/nearest.h"
 #include "cli/output_file.h"
+#include "eval/eval.h"
 #include "synth/synth.h"
 #include "track/track.h"
 #include "view/view.h"
 
 namespace zeltrack {
 
-static const subcommand* const commands[] = {&track_command, &view_command, &synth_command};
+static const subcommand* const commands[] = {&track_command, &eval_command, &view_command, &synth_command};
 
 static std::string help()
 {

@@ -196,7 +196,7 @@ END
     run view - --gt - -o page.html
     check "standard input twice" "2|zeltrack: --gt: expected a file other than that of the detections" "$status|$err"
     check "input kept" "1,-1,10,20,30,40,0.5" "$(cat in.txt)"
-    for command in "" track view synth; do
+    for command in "" track view synth eval; do
         run $command --help
         check "help of '$command'" "0||1" "$status|$err|$(grep -c '^Exit status: 0' stdout)"
     done
@@ -346,6 +346,84 @@ synth() {
     check "truth and detections in one file" 2 "$status"
     zeltrack synth --objects 3 --frames 60 --seed 3 --gt truth.txt | zeltrack track -q - | cut -d, -f2 | sort -u >found
     check "every object found, under one identifier" "$(cut -d, -f2 truth.txt | sort -u | wc -l)" "$(wc -l <found)"
+}
+
+# --- figures ---------------------------------------------------------------------------------------------------------
+
+# Sequence A: one object for 4 frames, tracked as 1 and then 2. B: one object for 2 frames on a file of classes, whose
+# distractor has a track of its own.
+figures() {
+    mkdir -p gt/A/gt gt/B one two
+    for f in 1 2 3 4; do echo "$f,7,10,20,30,40,1,-1,-1,-1"; done >gt/A/gt/gt.txt
+    printf '[Sequence]\nseqLength=8\n' >gt/A/seqinfo.ini
+    printf '%s\n' 2,1,10,20,30,40,1,1,1 1,1,10,20,30,40,1,1,1 1,2,90,20,30,40,1,8,1 >gt/B/gt.txt
+    for f in 1 2 3 4; do echo "$f,$((f / 3 + 1)),10,20,30,40,0.9,-1,-1,-1"; done >one/A.txt
+    sed 's/,2,/,1,/' one/A.txt >two/A.txt
+    printf '%s\n' 1,3,10,20,30,40,1 1,4,90,20,30,40,1 2,3,10,20,30,40,1 | tee two/B.txt >one/B.txt
+}
+
+scoring() {
+    figures
+    run eval gt one --columns MOTA,IDF1,IDSW,FP,ids,Frames
+    check "folders, by class where there are classes" "0||sequence    MOTA    IDF1  IDSW  FP  ids  Frames
+A          75.00   50.00     1   0    2       8
+B         100.00  100.00     0   0    1       2
+COMBINED   83.33   66.67     1   0    3      10" "$status|$err|$out"
+    run eval gt one two --columns IDF1,IDSW,ids
+    check "sets side by side" "0||sequence  tracks    IDF1  IDSW  ids
+A         one      50.00     1    2
+A         two     100.00*    0*   1
+
+B         one     100.00     0    1
+B         two     100.00     0    1
+
+COMBINED  one      66.67     1    3
+COMBINED  two     100.00*    0*   2" "$status|$err|$out"
+    run eval gt one two --columns IDSW --format markdown
+    check "Markdown" "| A | two | **0** |" "$(grep 'A | two' stdout)"
+    run eval gt/A/gt/gt.txt one/A.txt --format csv --columns MOTA,FP_per_frame --switches switches.csv --curve curve.csv
+    check "two files, named by their folder" "sequence,MOTA,FP_per_frame A,0.75,0" "$(echo $(head -2 stdout))"
+    check "switches" "sequence,frame,object,from,to,since A,3,7,1,2,1" "$(echo $(cat switches.csv))"
+    check "thresholds" "39|A,0.05,0.7071067811865476,1,0.5,1,1,0.5,1,1,0.7071067811865476,4,0,0" \
+        "$(wc -l <curve.csv | tr -d ' ')|$(sed -n 2p curve.csv)"
+    run eval gt two --format json
+    check "JSON" '0|  "A": { "HOTA": { "CLR_Frames": 8, "CLR_Frames": 10,' \
+        "$status|$(sed -n 2,3p stdout | tr -s '\n ' ' ' | sed 's/^/ /; s/ $//')$(grep Frames stdout | grep CLR | sed -n '1p;3p' | tr -s '\n ' ' ' | sed 's/ $//')"
+    run eval gt one --rules mot15 --columns GT_Dets --format csv
+    check "without classes" "4 3 7" "$(cut -d, -f2 stdout | sed 1d | echo $(cat))"
+    refused_figures
+}
+
+refused_figures() {
+    while IFS='|' read -r name file content message; do
+        cp $file kept
+        printf '%b' "$content" >$file
+        run eval -q gt one
+        check "$name" "1||zeltrack: $message" "$status|$out|$err"
+        cp kept $file
+    done <<'END'
+a wrong line|one/A.txt|1,1,10,20,30,40|one/A.txt:1: expected 7 fields or more, found 6
+an identifier twice|one/A.txt|1,5,1,1,1,1,1\n2,5,1,1,1,1,1\n\n1,5,2,2,2,2,1|one/A.txt:4: identifier 5 twice in frame 1, first in line 1
+beyond the sequence|one/A.txt|9,1,10,20,30,40,1|one/A.txt:1: expected a frame within the sequence, which has 8, found 9
+truth beyond it|gt/A/gt/gt.txt|4,1,1,1,1,1,1\n9,1,1,1,1,1,0|gt/A/gt/gt.txt:2: expected a frame within the sequence, which has 8, found 9
+no length|gt/A/seqinfo.ini|[Sequence]\nseqLength=many|gt/A/seqinfo.ini:2: expected seqLength from 1 to 10000000, found "many"
+no line of the kind|gt/A/seqinfo.ini|seqLength|gt/A/seqinfo.ini:1: expected a line KEY=VALUE, found "seqLength"
+END
+    run eval gt one --rules mot17
+    check "no class" '1|zeltrack: gt/A/gt/gt.txt:1: expected a class from 1 to 13, found "-1"' "$status|$err"
+    run eval gt one --columns HOTA,MOTAR
+    check "no such figure" 'expected names of figures, divided by commas, found "MOTAR"; did you mean MOTA?' \
+        "$(sed 's/.*columns: //; s/ (see.*//' stderr)"
+    run eval gt one/A.txt
+    check "a folder and a file" "2|zeltrack: one/A.txt: expected a folder, as is gt" "$status|$err"
+    run eval gt/A/gt/gt.txt one/A.txt --curve one/A.txt
+    check "tracks as output" "2|zeltrack: one/A.txt: expected an output other than the input" "$status|$err"
+    mv two/A.txt two/C.txt
+    run eval gt one two
+    check "without a partner" "1|zeltrack: no sequence A in two, C in gt, C in one (--skip-missing leaves out what is not everywhere)" \
+        "$status|$err"
+    run eval gt one two --skip-missing --columns HOTA --format csv
+    check "what is everywhere" "0|B B COMBINED COMBINED" "$status|$(cut -d, -f1 stdout | sed 1d | echo $(cat))"
 }
 
 "$group" || failed=1

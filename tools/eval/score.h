@@ -17,18 +17,19 @@ namespace zeltrack {
 
 // A box of the truth or of a track, in pixels, which must be finite. A box without area overlaps nothing.
 struct score_row {
-    int frame;  // from 1
-    int id;     // of the object or the track; once in a frame
-    double left;
-    double top;
-    double width;
-    double height;
+    int frame = 0;  // from 1
+    int id = 0;     // of the object or the track; once in a frame
+    double left = 0;
+    double top = 0;
+    double width = 0;
+    double height = 0;
     int cls = 1;         // of the truth only
     bool counts = true;  // of the truth only
 };
 
-// Which rows count. mot15: all tracks, and the truth that is marked so. mot17 and mot20: only class 1 of the truth; and
-// first, tracks are taken away that lie on a distractor (classes 2, 7, 8 and 12; in mot20 6, too) rather than elsewhere.
+// Which rows count. mot15: all tracks, and the truth that is marked so. mot17 and mot20: of that only class 1; and
+// first, tracks that lie on a distractor rather than elsewhere are taken away. Distractors are the classes 2, 7, 8 and
+// 12, in mot20 6 as well.
 enum class score_rules { mot15, mot17, mot20 };
 
 constexpr int score_classes = 13;  // the classes of mot17 and mot20 are 1 to 13
@@ -71,8 +72,8 @@ struct sequence_score {
     count_score count;
 };
 
-// Counts add up, and what is a ratio is formed anew; a single sequence remains what it is, but for the special figures of
-// one without tracks or truth.
+// Counts add up, and what is a ratio is formed anew. So a single sequence remains what it is, unless it has no tracks
+// or no truth.
 sequence_score combined(const sequence_score* scores, std::size_t count);
 
 // One of CLEAR's IDSW: an object gets another track than the latest that it had.
@@ -103,8 +104,8 @@ public:
     scorer(scorer&&) noexcept;
     scorer& operator=(scorer&&) noexcept;
 
-    // The rows need not outlive the call. `frames` is the length of the sequence. Faults are looked for in all rows, also
-    // in those that do not count; classes in mot17 and mot20 alone. After a fault there is no truth.
+    // The rows need not outlive the call. `frames` is the length of the sequence. Faults are looked for in all rows,
+    // also in those that do not count, but classes only in mot17 and mot20. After a fault there is no truth.
     [[nodiscard]] std::optional<row_fault> set_truth(const score_row* rows, std::size_t count, score_rules rules,
                                                      int frames);
 

@@ -13,21 +13,25 @@
 namespace zeltrack {
 
 static constexpr std::size_t needed_fields = 7;
-static constexpr range<float> coordinates = {-max_coordinate, max_coordinate};
+template <typename T>
+static constexpr range<T> coordinates = {-max_coordinate, max_coordinate};
 static constexpr range<float> whole_numbers = {-max_class, max_class};
 static constexpr range<float> finite = {std::numeric_limits<float>::lowest(), std::numeric_limits<float>::max()};
 
-struct number_column {
+// Of mot_row or precise_box.
+template <typename Row>
+struct box_column {
     std::size_t index;
-    float mot_row::*member;
+    decltype(Row::left) Row::*member;
     const char* name;
 };
 
-static constexpr number_column box_columns[] = {
-    {2, &mot_row::left, "a left edge"},
-    {3, &mot_row::top, "a top edge"},
-    {4, &mot_row::width, "a width"},
-    {5, &mot_row::height, "a height"},
+template <typename Row>
+static constexpr box_column<Row> box_columns[] = {
+    {2, &Row::left, "a left edge"},
+    {3, &Row::top, "a top edge"},
+    {4, &Row::width, "a width"},
+    {5, &Row::height, "a height"},
 };
 
 std::string_view trimmed(std::string_view text)
@@ -77,35 +81,52 @@ static std::optional<std::string> parse_class(std::string_view text, int base, f
                     text);
 }
 
+template <typename Row>
+static std::optional<std::string> parse_first_columns(const field_list& fields, std::size_t needed, int frame_base,
+                                                      Row& row)
+{
+    if (fields.size() < needed)
+        return "expected " + to_text(needed) + " fields or more, found " + to_text(fields.size());
+    if (auto wrong = parse_frame(fields[0], frame_base, row.frame))
+        return wrong;
+    constexpr auto allowed = coordinates<decltype(Row::left)>;
+    for (const auto& column : box_columns<Row>)
+        if (!parse_number(fields[column.index], allowed, row.*column.member))
+            return expected(std::string(column.name) + " from " + to_text(allowed), fields[column.index]);
+    if (!parse_number(fields[6], finite, row.conf))
+        return expected("a finite number as confidence", fields[6]);
+    return std::nullopt;
+}
+
 std::optional<std::string> parse_detection(const field_list& fields, const mot_layout& layout, mot_row& row)
 {
     const auto class_column = static_cast<std::size_t>(layout.class_column);
-    const std::size_t needed = std::max(needed_fields, class_column);
-    if (fields.size() < needed)
-        return "expected " + to_text(needed) + " fields or more, found " + to_text(fields.size());
-    if (auto wrong = parse_frame(fields[0], layout.frame_base, row.frame))
+    if (auto wrong = parse_first_columns(fields, std::max(needed_fields, class_column), layout.frame_base, row))
         return wrong;
-    for (const number_column& column : box_columns)
-        if (!parse_number(fields[column.index], coordinates, row.*column.member))
-            return expected(std::string(column.name) + " from " + to_text(coordinates), fields[column.index]);
-    if (!parse_number(fields[6], finite, row.conf))
-        return expected("a finite number as confidence", fields[6]);
     if (class_column == 0)
         return std::nullopt;
     return parse_class(fields[class_column - 1], layout.class_base, row.cls);
 }
 
+std::optional<std::string> parse_box(const field_list& fields, int frame_base, precise_box& box)
+{
+    return parse_first_columns(fields, needed_fields, frame_base, box);
+}
+
+std::optional<std::string> parse_identifier(std::string_view text, int& id)
+{
+    float value = 0;
+    if (!parse_whole(text, value))
+        return expected("an identifier as a whole number", text);
+    id = static_cast<int>(value);
+    return std::nullopt;
+}
+
 std::optional<std::string> parse_truth(const field_list& fields, int frame_base, mot_row& row)
 {
-    mot_layout layout;
-    layout.frame_base = frame_base;
-    if (auto wrong = parse_detection(fields, layout, row))
+    if (auto wrong = parse_first_columns(fields, needed_fields, frame_base, row))
         return wrong;
-    float id = 0;
-    if (!parse_whole(fields[1], id))
-        return expected("an identifier as a whole number", fields[1]);
-    row.id = static_cast<int>(id);
-    return std::nullopt;
+    return parse_identifier(fields[1], row.id);
 }
 
 }  // namespace zeltrack

@@ -14,8 +14,7 @@ namespace zeltrack {
 
 static constexpr std::size_t max_line = 4095;
 
-template <typename Parse>
-static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_fields, std::vector<mot_row>& rows)
+std::optional<mot_error> read_lines(std::istream& in, const line_taker& take)
 {
     char buffer[max_line + 1];
     field_list fields;
@@ -27,15 +26,25 @@ static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_f
         if (line.empty())
             continue;
         split(line, fields);
-        mot_row row;
-        if (auto wrong = parse_fields(fields, row))
+        if (auto wrong = take(number, fields))
             return mot_error{number, *wrong};
-        rows.push_back(row);
     }
     if (!in.eof())
         return mot_error{number,
                          expected("a line of at most " + to_text(max_line) + " characters", {buffer, max_line})};
     return std::nullopt;
+}
+
+template <typename Parse>
+static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_fields, std::vector<mot_row>& rows)
+{
+    return read_lines(in, [&](std::size_t, const field_list& fields) {
+        mot_row row;
+        auto wrong = parse_fields(fields, row);
+        if (!wrong)
+            rows.push_back(row);
+        return wrong;
+    });
 }
 
 std::optional<mot_error> read_detections(std::istream& in, const mot_layout& layout, std::vector<mot_row>& rows)

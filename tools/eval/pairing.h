@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+//
+// Which files belong together: those of one sequence have its name, in the folder of the truth and in each of tracks.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zeltrack {
+
+struct sequence_files {
+    std::string name;
+    std::string truth;
+    std::string info;                 // its seqinfo.ini; empty if there is none
+    std::vector<std::string> tracks;  // one for each set of tracks
+};
+
+struct pairing {
+    std::vector<sequence_files> sequences;  // by name
+    std::vector<std::string> trackers;      // what the sets of tracks are called; all differ
+    std::vector<std::string> missing;       // what has no partner, as text
+};
+
+// Two files, or a folder of truth and folders of tracks. In the first, sequence SEQ is SEQ.txt, SEQ/gt.txt or
+// SEQ/gt/gt.txt; in the others it is SEQ.txt. What does not exist or is something else is a failure.
+pairing pair_files(const std::string& truth, const std::vector<std::string>& tracks);
+
+}  // namespace zeltrack
