@@ -10,10 +10,12 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <fstream>
 #include <map>
 #include <random>
 #include <sstream>
 
+#include "mot/load.h"
 #include "mot/mot.h"
 #include "view/column.h"
 #include "view/identity.h"
@@ -274,6 +276,7 @@ TEST(Identities, ChangeOnlyWhenAnotherTrackFollows)
         {"there and back", {{"0", "0"}, {"0", "-0"}, {"0", "0"}}, 2},
         {"two exchange their tracks", {{"05", "05"}, {"05", "50"}}, 2},
         {"a second track on the same object", {{"0", "0"}, {"0", "00"}}, 0},
+        {"half of their union is enough", {{"0", "0"}, {"0", "-1"}}, 1},
         {"too far to follow", {{"0", "0"}, {"0", "-2"}}, 0},
         {"the track before, although another is nearer", {{"0", "1"}, {"0", "10"}}, 0},
         {"the nearest of two new ones", {{"0", "0"}, {"0", "--10"}, {"0", "---0"}}, 1},
@@ -302,6 +305,15 @@ TEST(Truth, NeedsIdentifiers)
     const auto error = read_truth(bad, rows);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->line, 2U);
+}
+
+TEST(Truth, LeavesOutWhatIsNotToBeCounted)
+{
+    const std::string name = testing::TempDir() + "truth.txt";
+    std::ofstream(name) << "1,7,0,0,5,5,0\n1,8,0,0,5,5,1\n";
+    const std::vector<mot_row> rows = load_truth(name, 1);
+    ASSERT_EQ(rows.size(), 1U);
+    EXPECT_EQ(rows[0].id, 8);
 }
 
 // --- coding ----------------------------------------------------------------------------------------------------------

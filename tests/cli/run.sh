@@ -62,6 +62,7 @@ infinite confidence|2,-1,1,1,1,1,inf||expected a finite number as confidence, fo
 class that ends the list|2,-1,1,1,1,1,1,0|--class-column 8|expected a class other than 0 (if classes count from 0: --class-base 0), found "0"
 class shifted to 0|2,-1,1,1,1,1,1,-1|--class-column 8 --class-base 0|expected a class other than -1 (if classes count from 1: --class-base 1), found "-1"
 half a class|2,-1,1,1,1,1,1,1,0.5|--class-column 9|expected a class as a whole number, found "0.5"
+class beyond exact floats|2,-1,1,1,1,1,1,16777215|--class-column 8 --class-base 0|expected a class as a whole number, found "16777215"
 control characters|\0033[2J\0200,-1,1,1,1,1,1||expected a frame number from 1 to 10000000, found "\x1b[2J\x80"
 long text|2,-1,aaaaaaaaaabbbbbbbbbbccccccccccddddddddddeeeeeeeeee,1,1,1,1||expected a left edge from -1e+09 to 1e+09, found "aaaaaaaaaabbbbbbbbbbccccccccccdddddddddd..."
 END
