@@ -3,18 +3,18 @@
 // The time of zel_tracker_process() for one frame: in a steady state in which every track is matched in every frame, on
 // synthetic sequences with births, deaths and misses, and of the association alone.
 
-#include <zel/libzel.h>
+#include <zel/host.h>
 
 #include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <iterator>
+#include <memory>
 #include <random>
 #include <vector>
 
 #include "bench.h"
 #include "synth/synth.h"
-#include "track/scale.h"
 
 // What the linker puts in the place of malloc and calloc, for the library's calls alone. The library frees what it
 // allocates, so frees need not be counted.
@@ -78,30 +78,36 @@ std::vector<frame> circling(int objects)
     return frames;
 }
 
-// As the zeltrack command makes them and scales them. Played to the end and back again, so that they have no seam.
-std::vector<frame> synthetic(int objects)
+// As the zeltrack command makes them, in pixels. Played to the end and back again, so that they have no seam.
+using host_frame = std::vector<zel_host_detection_t>;
+
+std::vector<host_frame> synthetic(int objects)
 {
     constexpr int length = 200;
     zeltrack::synth_options options;
     options.objects = objects;
     options.miss = 0.05;
     zeltrack::synth_scene scene(options);
-    std::vector<std::vector<zeltrack::mot_row>> found(length);
-    std::vector<zeltrack::mot_row> truth, all;
-    for (std::vector<zeltrack::mot_row>& rows : found) {
-        scene.next_frame(rows, truth);
-        all.insert(all.end(), rows.begin(), rows.end());
+    std::vector<host_frame> frames(2 * length);
+    std::vector<zeltrack::mot_row> found, truth;
+    for (std::size_t f = 0; f < length; ++f) {
+        scene.next_frame(found, truth);
+        for (const zeltrack::mot_row& r : found)
+            frames[f].push_back({r.left, r.top, r.left + r.width, r.top + r.height, r.conf, 0});
+        frames[frames.size() - 1 - f] = frames[f];
     }
-    const auto scale = static_cast<float>(zeltrack::automatic_scale(all));
+    return frames;
+}
 
+// The same for the tracker, scaled as the host kit does.
+std::vector<frame> scaled(const std::vector<host_frame>& pixels, float scale)
+{
     std::vector<frame> frames;
-    for (int f = 0; f < 2 * length; ++f) {
-        const std::vector<zeltrack::mot_row>& rows = found[static_cast<std::size_t>(std::min(f, 2 * length - 1 - f))];
-        frames.push_back(std::make_unique<row_in[]>(rows.size() + 1));
-        for (std::size_t n = 0; n < rows.size(); ++n) {
-            const zeltrack::mot_row& r = rows[n];
-            const row_in row = {
-                1.0F, r.left * scale, r.top * scale, (r.left + r.width) * scale, (r.top + r.height) * scale, r.conf};
+    for (const host_frame& found : pixels) {
+        frames.push_back(std::make_unique<row_in[]>(found.size() + 1));
+        for (std::size_t n = 0; n < found.size(); ++n) {
+            const zel_host_detection_t& d = found[n];
+            const row_in row = {1.0F, d.x1 * scale, d.y1 * scale, d.x2 * scale, d.y2 * scale, d.confidence};
             std::copy(std::begin(row), std::end(row), frames.back()[n]);
         }
     }
@@ -112,9 +118,9 @@ std::vector<frame> synthetic(int objects)
 
 class tracker {
 public:
-    explicit tracker(int capacity)
+    explicit tracker(int capacity, int stable = 3)
         : tracks_(std::make_unique<row_out[]>(static_cast<std::size_t>(capacity))),
-          handle_(zel_tracker_create(1920, 1080, capacity, 1.0F, 0.3F, 3, 10, 0), zel_tracker_release)
+          handle_(zel_tracker_create(1920, 1080, capacity, 1.0F, 0.3F, stable, 10, 0), zel_tracker_release)
     {
     }
 
@@ -127,7 +133,37 @@ private:
     std::unique_ptr<void, decltype(&zel_tracker_release)> handle_;
 };
 
-void run_frames(benchmark::State& state, tracker& it, const std::vector<frame>& frames)
+// The host kit with all of its choices automatic.
+class kit {
+public:
+    explicit kit(int capacity) : tracks_(static_cast<std::size_t>(capacity)), handle_(nullptr, zel_host_release)
+    {
+        zel_host_params_t params;
+        zel_host_params_init(&params, sizeof(params));
+        params.max_objects = capacity;
+        handle_.reset(zel_host_create(&params));
+    }
+
+    void process(const host_frame& found)
+    {
+        zel_host_process(handle_.get(), found.data(), static_cast<int>(found.size()), tracks_.data(),
+                         static_cast<int>(tracks_.size()));
+    }
+
+    zel_host_status_t status() const
+    {
+        zel_host_status_t it;
+        zel_host_get_status(handle_.get(), &it, sizeof(it));
+        return it;
+    }
+
+private:
+    std::vector<zel_host_track_t> tracks_;
+    std::unique_ptr<zel_host_t, decltype(&zel_host_release)> handle_;
+};
+
+template <typename Tracker, typename Frame>
+void run_frames(benchmark::State& state, Tracker& it, const std::vector<Frame>& frames)
 {
     std::size_t next = 0;
     const auto process_next = [&] {
@@ -154,8 +190,19 @@ void run_steady(benchmark::State& state, int objects)
 
 void run_synthetic(benchmark::State& state, int objects)
 {
-    tracker it(4 * objects);
+    const std::vector<host_frame> pixels = synthetic(objects);
+    kit first(4 * objects);
+    first.process(pixels[0]);
+    tracker it(4 * objects, 2);
+    run_frames(state, it, scaled(pixels, static_cast<float>(first.status().scale)));
+}
+
+void run_kit(benchmark::State& state, int objects)
+{
+    kit it(4 * objects);
     run_frames(state, it, synthetic(objects));
+    if (it.status().weak > it.status().detections / 50)
+        state.SkipWithError("the kit tracked other detections than the bare tracker");
 }
 
 // --- the association alone -------------------------------------------------------------------------------------------
@@ -201,10 +248,11 @@ void run_association(benchmark::State& state, int objects)
 
 using run = void (*)(benchmark::State& state, int objects);
 
-benchmark::internal::Benchmark* add(const std::string& section, int objects, run body)
+benchmark::internal::Benchmark* add(const std::string& section, int objects, run body,
+                                    const std::string& column = "libzel")
 {
     const std::string line = "N = " + std::to_string(objects);
-    return benchmark::RegisterBenchmark(cell(section, line, "libzel").c_str(),
+    return benchmark::RegisterBenchmark(cell(section, line, column).c_str(),
                                         [=](benchmark::State& state) { body(state, objects); })
         ->MinTime(min_seconds);
 }
@@ -219,6 +267,7 @@ void add_frames()
         add(steady, objects, run_steady);
         add_user_cycles(steady, "N = " + std::to_string(objects), objects);
         add(synth, objects, run_synthetic);
+        add(synth, objects, run_kit, "host kit");
         add_user_cycles(synth, "N = " + std::to_string(objects), objects);
     }
     for (const int objects : {10, 30, 100, 300, 1000})

@@ -12,10 +12,13 @@
 #include <cmath>
 
 #include "_host.h"
+#include "confidence.h"
 #include "lives.h"
 #include "lock.h"
+#include "neighbours.h"
 #include "params.h"
 #include "size.h"
+#include "steady.h"
 #include "unstarted.h"
 
 using namespace zelhost;
@@ -38,11 +41,13 @@ struct zel_host_t {
     int room;
 
     scale_choice scale;
-    double offset_x;
-    double offset_y;
+    confidence_choice confidence;
+    neighbours frames;
+    camera motion;
     lives table;
-    int newest;   // the tracker's latest identifier, 0 before the first
-    int id_base;  // identifiers of the streams before that go on in this one
+    int idle_frames;  // in a row that reported no track
+    int newest;       // the tracker's latest identifier, 0 before the first
+    int id_base;      // identifiers of the streams before that go on in this one
     lock_waits waits;
     zel_host_status_t counts;  // the first fields only
 };
@@ -89,25 +94,72 @@ static int capacity_of(const zel_host_t* host)
     return host->params.max_objects;
 }
 
+static bool fixed_confidence(const zel_host_t* host)
+{
+    return host->params.min_confidence != ZEL_HOST_AUTO_CONFIDENCE;
+}
+
+static int removal_now(const zel_host_t* host)
+{
+    int reason;
+    return removal_of(&host->params, &reason);
+}
+
+static float least_now(const zel_host_t* host)
+{
+    int reason;
+    return fixed_confidence(host) ? host->params.min_confidence : least_confidence(&host->confidence, &reason);
+}
+
 // Room for a frame of so many detections. What cannot be had is cut off.
 static int make_room(zel_host_t* host, int count)
 {
     if (count <= host->room)
         return count;
-    const size_t wanted = static_cast<size_t>(count) + static_cast<size_t>(count) / 2;
-    auto* larger = static_cast<int*>(malloc(wanted * sizeof(int)));
-    if (!larger)
+    const int room = count < INT32_MAX / 2 ? count + count / 2 : count;
+    auto* larger = static_cast<int*>(calloc(static_cast<size_t>(room), sizeof(int)));
+    if (!larger || !make_neighbour_room(&host->frames, room)) {
+        free(larger);
         return host->room;
+    }
     free(host->candidates);
     host->candidates = larger;
-    host->room = static_cast<int>(std::min<size_t>(wanted, INT32_MAX));
+    host->room = room;
     return count;
+}
+
+static void find_frame_neighbours(neighbours* frames, const zel_host_detection_t* detections, int count)
+{
+    for (int n = 0; n < count; ++n) {
+        const zel_host_detection_t& it = detections[n];
+        if (valid(it))
+            frames->now.boxes[frames->now.count++] = {it.x1, it.y1, it.x2, it.y2, it.confidence, -1, 0};
+    }
+    find_neighbours(frames);
+}
+
+// What the automatic choices learn from a frame, before any of it is tracked. The least confidence comes of it.
+static float look_at_frame(zel_host_t* host, const zel_host_detection_t* detections, int count)
+{
+    const bool steadied = host->params.steady != 0;
+    next_frame(&host->frames);
+    if (steadied || !fixed_confidence(host))
+        find_frame_neighbours(&host->frames, detections, count);
+    if (!fixed_confidence(host)) {
+        // by place, not in the caller's order: detectors often sort by confidence, and the latest would be the weakest
+        for (int n = 0; n < host->frames.now.count; ++n)
+            add_confidence(&host->confidence, host->frames.now.boxes[n].confidence);
+        split_confidences(&host->confidence, &host->frames.before);
+    }
+    const float least = least_now(host);
+    if (steadied)
+        follow_camera(&host->motion, &host->frames, least, host->params.steady);
+    return least;
 }
 
 static int choose_candidates(zel_host_t* host, const zel_host_detection_t* detections, int count)
 {
-    const float least =
-        host->params.min_confidence == ZEL_HOST_AUTO_CONFIDENCE ? -FLT_MAX : host->params.min_confidence;
+    const float least = look_at_frame(host, detections, count);
     int candidates = 0;
     for (int n = 0; n < count; ++n) {
         if (!valid(detections[n]))
@@ -170,14 +222,28 @@ static void put(zel_host_t* host, const zel_host_detection_t* detections)
         const zel_host_detection_t& it = detections[host->kept[n]];
         float* row = host->input[n];
         row[0] = class_to_tracker(it.class_id);
-        row[1] = to_float((static_cast<double>(it.x1) - host->offset_x) * scale);
-        row[2] = to_float((static_cast<double>(it.y1) - host->offset_y) * scale);
-        row[3] = to_float((static_cast<double>(it.x2) - host->offset_x) * scale);
-        row[4] = to_float((static_cast<double>(it.y2) - host->offset_y) * scale);
+        row[1] = to_float((static_cast<double>(it.x1) - host->motion.offset_x) * scale);
+        row[2] = to_float((static_cast<double>(it.y1) - host->motion.offset_y) * scale);
+        row[3] = to_float((static_cast<double>(it.x2) - host->motion.offset_x) * scale);
+        row[4] = to_float((static_cast<double>(it.y2) - host->motion.offset_y) * scale);
         row[5] = it.confidence;
     }
     if (host->kept_count < capacity_of(host))
         host->input[host->kept_count][0] = 0;
+}
+
+// A camera that goes on and on carries the image to where floats are coarse. Back to the middle while nothing is tracked;
+// in the last resort with tracks, which then end.
+static void recentre(zel_host_t* host)
+{
+    constexpr double early = 16384;  // units: floats are a thousandth of one apart
+    constexpr double late = 262144;
+    const bool idle = host->idle_frames > removal_now(host);
+    const double limit = (idle ? early : late) / host->scale.scale;
+    if (std::fabs(host->motion.offset_x) < limit && std::fabs(host->motion.offset_y) < limit)
+        return;
+    host->motion.offset_x = 0;
+    host->motion.offset_y = 0;
 }
 
 static void take_in(zel_host_t* host, const zel_host_detection_t* detections, int count)
@@ -188,6 +254,7 @@ static void take_in(zel_host_t* host, const zel_host_detection_t* detections, in
     const int candidates = choose_candidates(host, detections, considered);
     host->kept_count = cut(host, detections, candidates);
     note_sizes(host, detections, host->kept_count);
+    recentre(host);
     if (host->scale.scale == 0) {  // only boxes without an area so far, of which no unit can be told
         host->counts.invalid += static_cast<uint64_t>(host->kept_count);
         host->kept_count = 0;
@@ -214,9 +281,8 @@ static void run_tracker(zel_host_t* host)
 
 static void count_row(zel_host_t* host, const float* row, zel_host_track_t* track)
 {
-    int reason;
     const int id = static_cast<int>(row[0]);
-    life* it = life_of(&host->table, id, host->counts.frames, removal_of(&host->params, &reason));
+    life* it = life_of(&host->table, id, host->counts.frames, removal_now(host));
     if (it->hits == 0)
         it->hits = host->params.stable;
     else if (row[7] >= 0 && it->hits < INT32_MAX)
@@ -237,10 +303,10 @@ static void take_row(const zel_host_t* host, const float* row, zel_host_track_t*
         return to_float(static_cast<double>(value) / scale + offset);
     };
     track->class_id = class_of_tracker(row[1]);
-    track->x1 = at(row[2], host->offset_x);
-    track->y1 = at(row[3], host->offset_y);
-    track->x2 = at(row[4], host->offset_x);
-    track->y2 = at(row[5], host->offset_y);
+    track->x1 = at(row[2], host->motion.offset_x);
+    track->y1 = at(row[3], host->motion.offset_y);
+    track->x2 = at(row[4], host->motion.offset_x);
+    track->y2 = at(row[5], host->motion.offset_y);
     track->confidence = row[6];
     track->detection = row[7] >= 0 ? host->kept[static_cast<int>(row[7])] : -1;
 }
@@ -248,6 +314,7 @@ static void take_row(const zel_host_t* host, const float* row, zel_host_track_t*
 static int take_out(zel_host_t* host, zel_host_track_t* tracks, int capacity)
 {
     int written = 0;
+    host->idle_frames = host->output[0][0] >= 0 ? 0 : std::min(host->idle_frames, INT32_MAX - 1) + 1;
     for (int n = 0; n < capacity_of(host) && host->output[n][0] >= 0; ++n) {
         const float* row = host->output[n];
         zel_host_track_t track;
@@ -274,20 +341,20 @@ static bool allocate(zel_host_t* host)
     host->input = static_cast<float(*)[6]>(calloc(capacity, sizeof(*host->input)));
     host->output = static_cast<float(*)[8]>(calloc(capacity, sizeof(*host->output)));
     host->kept = static_cast<int*>(calloc(capacity, sizeof(int)));
-    host->candidates = static_cast<int*>(calloc(capacity, sizeof(int)));
-    host->room = capacity_of(host);
     host->tracker = create_tracker(&host->params);
-    return make_lives(&host->table, capacity_of(host)) && host->input && host->output && host->kept &&
-           host->candidates && host->tracker;
+    return make_lives(&host->table, capacity_of(host)) && host->input && host->output && host->kept && host->tracker &&
+           make_room(host, capacity_of(host)) == capacity_of(host);
 }
 
 static void start_choices(zel_host_t* host)
 {
     host->counts = {};
     host->kept_count = 0;
+    host->idle_frames = 0;
     host->scale = {};
-    host->offset_x = 0;
-    host->offset_y = 0;
+    host->motion = {};
+    host->confidence = {};
+    clear_neighbours(&host->frames);
     choose_scale(&host->scale, host->params.scale);
 }
 
@@ -350,6 +417,7 @@ void zel_host_release(zel_host_t* host)
     free(host->output);
     free(host->kept);
     free(host->candidates);
+    free_neighbours(&host->frames);
     free(host);
 }
 
@@ -364,12 +432,39 @@ int zel_host_process(zel_host_t* host, const zel_host_detection_t* detections, i
 
 // --- the state of the choices ----------------------------------------------------------------------------------------
 
+static void describe_confidence(const zel_host_t* host, zel_host_status_t* status)
+{
+    least_confidence(&host->confidence, &status->min_confidence_reason);
+    if (fixed_confidence(host))
+        status->min_confidence_reason = ZEL_HOST_FIXED;
+    status->min_confidence = least_now(host);
+    status->weak_seen = seen_again(&host->confidence.weak);
+    status->strong_seen = seen_again(&host->confidence.strong);
+}
+
+static void describe_motion(const zel_host_t* host, zel_host_status_t* status)
+{
+    const camera& motion = host->motion;
+    status->offset_x = motion.offset_x;
+    status->offset_y = motion.offset_y;
+    status->explained = explained(&motion);
+    status->steady = motion.on ? 1 : 0;
+    if (host->params.steady != ZEL_HOST_AUTO)
+        status->steady_reason = ZEL_HOST_FIXED;
+    else if (!motion_known(&motion))
+        status->steady_reason = ZEL_HOST_WAITING;
+    else
+        status->steady_reason = motion.on ? ZEL_HOST_MOVING : ZEL_HOST_STILL;
+}
+
 void zel_host_get_status(const zel_host_t* host, zel_host_status_t* status, size_t size)
 {
     zel_host_status_t now = host->counts;
     now.lock_waits = host->waits.count;
     now.lock_seconds = host->waits.seconds;
     describe_scale(&host->scale, &now);
+    describe_confidence(host, &now);
+    describe_motion(host, &now);
     now.removal = removal_of(&host->params, &now.removal_reason);
     memcpy(status, &now, std::min(size, sizeof(now)));
 }
@@ -401,5 +496,5 @@ void zel_host_replace_process(zel_host_t* host, zel_host_process_t process, void
 
 void zel_host_get_frame(const zel_host_t* host, zel_host_frame_t* frame)
 {
-    *frame = {host->kept, host->kept_count, host->scale.scale, host->offset_x, host->offset_y};
+    *frame = {host->kept, host->kept_count, host->scale.scale, host->motion.offset_x, host->motion.offset_y};
 }

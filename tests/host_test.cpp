@@ -6,15 +6,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "allocations.h"
 #include "host/_host.h"
+#include "host/neighbours.h"
 
 namespace {
 
@@ -205,6 +209,198 @@ TEST(Host, CountsHitsOfManyShortLives)
             EXPECT_EQ(tracks[1].hits, n % 4 + 1);
         }
     }
+}
+
+// --- the automatic choices -------------------------------------------------------------------------------------------
+
+struct confidence_case {
+    const char* name;
+    float (*of_object)(unsigned random);
+    float (*of_false)(unsigned random);  // of boxes that are elsewhere in every frame
+    int reason;
+    double least, most;  // share of the detections that is dropped
+};
+
+float between(float low, float high, unsigned random)
+{
+    return low + (high - low) * static_cast<float>(random % 1000) / 1000;
+}
+
+const confidence_case confidence_cases[] = {
+    {"two humps", [](unsigned r) { return between(0.7F, 1, r); }, [](unsigned r) { return between(0, 0.3F, r); },
+     ZEL_HOST_CHOSEN, 0.25, 0.35},
+    {"objects of all confidences", [](unsigned r) { return between(0, 1, r); }, nullptr, ZEL_HOST_PERSISTENT, 0, 0.01},
+    {"all the same", [](unsigned) { return 0.8F; }, [](unsigned) { return 0.8F; }, ZEL_HOST_ALIKE, 0, 0},
+    {"as far apart as floats are", [](unsigned) { return FLT_MAX; }, [](unsigned) { return -FLT_MAX; }, ZEL_HOST_CHOSEN,
+     0.25, 0.35},
+};
+
+TEST(HostConfidence, DropsWhatIsWeakAndDoesNotPersist)
+{
+    for (const confidence_case& it : confidence_cases) {
+        std::minstd_rand random(7);
+        stream host;
+        for (int n = 0; n < 300; ++n) {
+            frame found;
+            for (int k = 0; k < 10; ++k)
+                found.push_back(box(static_cast<float>(100 * k), 0, 40, it.of_object(static_cast<unsigned>(random()))));
+            for (int k = 0; it.of_false && k < 5; ++k)
+                found.push_back(box(static_cast<float>(random() % 1000), static_cast<float>(100 + random() % 800), 40,
+                                    it.of_false(static_cast<unsigned>(random()))));
+            host.process(found);
+        }
+        const zel_host_status_t status = host.status();
+        EXPECT_EQ(status.min_confidence_reason, it.reason) << it.name;
+        const double dropped = static_cast<double>(status.weak) / static_cast<double>(status.detections);
+        EXPECT_GE(dropped, it.least) << it.name;
+        EXPECT_LE(dropped, it.most) << it.name;
+    }
+}
+
+// Objects that stand in the world, with some jitter, before a camera that moves so many pixels per frame.
+class pan {
+public:
+    explicit pan(const zel_host_params_t& with = params()) : host(with) {}
+
+    void run(int frames, float speed)
+    {
+        for (int n = 0; n < frames; ++n) {
+            camera_ += speed;
+            frame found;
+            for (int k = 0; k < 8; ++k)
+                found.push_back(box(static_cast<float>(100 * k) + jitter() + camera_, jitter()));
+            const std::vector<zel_host_track_t> tracks = host.process(found);
+            for (const zel_host_track_t& track : tracks) {
+                EXPECT_NEAR(track.x1, found[static_cast<size_t>(track.detection)].x1, 8);
+                last_id = std::max(last_id, track.id);
+            }
+        }
+    }
+
+    stream host;
+    int last_id = 0;
+
+private:
+    float jitter() { return static_cast<float>(random_() % 200) / 100 - 1; }
+
+    std::minstd_rand random_{3};
+    float camera_ = 0;
+};
+
+TEST(HostSteady, FollowsACameraThatStartsAndStops)
+{
+    pan scene;
+    scene.run(200, 0);
+    EXPECT_EQ(scene.host.status().steady_reason, ZEL_HOST_STILL);
+    EXPECT_EQ(scene.host.status().offset_x, 0);
+    scene.run(100, 15);
+    EXPECT_EQ(scene.host.status().steady_reason, ZEL_HOST_MOVING);
+    EXPECT_NEAR(scene.host.status().offset_x, 1500, 150);
+    EXPECT_GT(scene.host.status().explained, 0.5);
+    const int identifiers = scene.last_id;
+    scene.run(100, 15);
+    EXPECT_EQ(scene.last_id, identifiers);
+    scene.run(3000, 0);
+    EXPECT_EQ(scene.host.status().steady_reason, ZEL_HOST_STILL);
+    EXPECT_EQ(scene.last_id, identifiers);
+}
+
+TEST(HostSteady, IsFixedByHand)
+{
+    zel_host_params_t with = params();
+    for (const int wanted : {0, 1}) {
+        with.steady = wanted;
+        pan scene(with);
+        scene.run(100, 15);
+        EXPECT_EQ(scene.host.status().steady, wanted);
+        EXPECT_EQ(scene.host.status().steady_reason, ZEL_HOST_FIXED);
+        EXPECT_NEAR(scene.host.status().offset_x, 1500 * wanted, 50);
+    }
+}
+
+TEST(HostSteady, KeepsToNumbersThatFloatsTellApart)
+{
+    zel_host_params_t with = params();
+    with.scale = 2.5;
+    pan scene(with);
+    scene.run(9000, 15);
+    const zel_host_status_t status = scene.host.status();
+    EXPECT_EQ(status.steady, 1);
+    EXPECT_LT(std::fabs(status.offset_x * status.scale), 262144);
+}
+
+TEST(HostScale, TellsWhenTheFirstFrameMisled)
+{
+    stream it;
+    it.process({box(0, 0, 200)});
+    for (int n = 0; n < 3; ++n)
+        it.process({box(0, 0, 40), box(200, 0, 50), box(400, 0, 60)});
+    EXPECT_EQ(it.status().scale, 10 / 200.0);
+    EXPECT_EQ(it.status().first_size, 200);
+    EXPECT_EQ(it.status().typical_size, 50);
+    EXPECT_EQ(it.status().scale_misled, 1);
+
+    stream flat;  // no size can be told of a line, and none is chosen
+    flat.process({{0, 0, 40, 0, 0.9F, 0}});
+    EXPECT_EQ(flat.status().scale_reason, ZEL_HOST_WAITING);
+    EXPECT_EQ(flat.status().invalid, 1U);
+    flat.process({{0, 0, 40, 0, 0.9F, 0}, box(100, 0, 20)});
+    EXPECT_EQ(flat.status().scale, 0.5);
+    EXPECT_EQ(flat.status().scale_misled, 0);
+}
+
+TEST(HostRemoval, IsHalfASecond)
+{
+    const struct {
+        double rate;
+        int removal, reason;
+    } cases[] = {{0, 10, ZEL_HOST_NO_RATE},
+                 {1, 1, ZEL_HOST_RATE},
+                 {7, 4, ZEL_HOST_RATE},
+                 {29.97, 15, ZEL_HOST_RATE},
+                 {1e6, 500000, ZEL_HOST_RATE}};
+    for (const auto& it : cases) {
+        zel_host_params_t with = params();
+        with.frame_rate = it.rate;
+        EXPECT_EQ(stream(with).status().removal, it.removal) << it.rate;
+        EXPECT_EQ(stream(with).status().removal_reason, it.reason) << it.rate;
+    }
+}
+
+// --- neighbouring frames ---------------------------------------------------------------------------------------------
+
+float overlap(const zelhost::seen_box& a, const zelhost::seen_box& b)
+{
+    const float w = std::min(a.x2, b.x2) - std::max(a.x1, b.x1);
+    const float h = std::min(a.y2, b.y2) - std::max(a.y1, b.y1);
+    const float shared = w > 0 && h > 0 ? w * h : 0;
+    return shared == 0 ? 0 : shared / ((a.x2 - a.x1) * (a.y2 - a.y1) + (b.x2 - b.x1) * (b.y2 - b.y1) - shared);
+}
+
+// Against every pair of boxes, some of them as wide as the image, some without an area.
+TEST(HostNeighbours, AreTheOnesOfTheLargestOverlap)
+{
+    std::minstd_rand random(5);
+    zelhost::neighbours it = {};
+    ASSERT_TRUE(zelhost::make_neighbour_room(&it, 60));
+    for (int n = 0; n < 50; ++n) {
+        zelhost::next_frame(&it);
+        for (it.now.count = 0; it.now.count < static_cast<int>(random() % 60); ++it.now.count) {
+            const auto x = static_cast<float>(random() % 200), y = static_cast<float>(random() % 200);
+            const auto w = static_cast<float>(random() % 10 == 0 ? 400 : random() % 40);
+            it.now.boxes[it.now.count] = {x, y, x + w, y + static_cast<float>(random() % 40), 0.5F, -1, 0};
+        }
+        zelhost::find_neighbours(&it);
+        for (const auto& [own, others] : {std::pair(it.now, it.before), std::pair(it.before, it.now)})
+            for (int a = 0; a < own.count; ++a) {
+                float best = 0;
+                for (int b = 0; b < others.count; ++b)
+                    best = std::max(best, overlap(own.boxes[a], others.boxes[b]));
+                ASSERT_EQ(own.boxes[a].overlap, best);
+                ASSERT_EQ(own.boxes[a].best >= 0, best > 0);
+            }
+    }
+    zelhost::free_neighbours(&it);
 }
 
 // --- streams ---------------------------------------------------------------------------------------------------------

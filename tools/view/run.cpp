@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "view/recorder.h"
-#include "view/scoring.h"
 
 namespace zeltrack {
 
@@ -40,17 +39,21 @@ track_summary pack_tracked(package& out, const run_input& input, const track_opt
                            const std::function<void(int frame)>& each)
 {
     recorder records;
-    run_scorer scoring(input.truth);
+    identity_watch identities;
     row_digest digest;
+    const mot_row* object = input.truth ? input.truth->data() : nullptr;
+    const mot_row* const end = input.truth ? object + input.truth->size() : nullptr;
     const auto observe = [&](int frame, const std::vector<track_row>& rows) {
-        scoring.observe(rows);
+        const mot_row* const first = object;
+        while (object != end && object->frame == frame)
+            ++object;
+        identities.observe(frame, first, object, rows);
         for (const track_row& row : rows)
             digest.add(row.box);
         each(frame);
     };
     const track_summary summary = track_sequence(input.selected.rows, options, observe, {recorder::process, &records});
-    pack_run(out, records.result(), input.selected, summary, options);
-    scoring.pack(out, input.file.frames);
+    pack_run(out, records.result(), input.selected, summary, options, identities.changes());
     digest.pack(out);
     return summary;
 }
