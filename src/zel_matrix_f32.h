@@ -36,7 +36,7 @@ struct processor {
     bool turns_by_dots;       // b is read transposed by dot products, whose lanes are summed up at the end
 };
 #if defined(__AVX__)
-constexpr processor target = {8, false, false};  // spreads a scalar over a register while it loads it
+constexpr processor target = {8, false, false};       // spreads a scalar over a register while it loads it
 #elif defined(__SSE2__) || defined(__wasm_simd128__)  // the same sums in pages of the command
 constexpr processor target = {4, false, true};  // needs a shuffle for each factor, and so saves them
 #else

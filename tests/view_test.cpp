@@ -10,15 +10,12 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <fstream>
 #include <map>
 #include <random>
 #include <sstream>
 
-#include "mot/load.h"
 #include "mot/mot.h"
 #include "view/column.h"
-#include "view/identity.h"
 #include "view/recorder.h"
 #include "zel_tracker.h"
 
@@ -245,77 +242,6 @@ TEST(Recorder, KeepsWhoFoundNoRoom)
     EXPECT_FLOAT_EQ(last.why.distance, 90 * 90);
 }
 
-// --- ground truth ----------------------------------------------------------------------------------------------------
-
-// Every box is 10 x 10; a digit is its x in steps of 3, of which one leaves more than half in common and two do not.
-struct identity_case {
-    const char* name;
-    std::vector<std::pair<std::string, std::string>> frames;  // objects 1, 2, ... and tracks 1, 2, ...
-    std::size_t changes;
-};
-
-static std::vector<mot_row> boxes_at(const std::string& places)
-{
-    std::vector<mot_row> rows;
-    for (std::size_t i = 0; i < places.size(); ++i)
-        if (places[i] != '-') {
-            rows.emplace_back();
-            rows.back().id = static_cast<int>(i) + 1;
-            rows.back().left = static_cast<float>(3 * (places[i] - '0'));
-            rows.back().width = rows.back().height = 10;
-        }
-    return rows;
-}
-
-TEST(Identities, ChangeOnlyWhenAnotherTrackFollows)
-{
-    const identity_case cases[] = {
-        {"the same track", {{"0", "0"}, {"1", "1"}}, 0},
-        {"another track", {{"0", "0"}, {"0", "-0"}}, 1},
-        {"a gap is no change", {{"0", "0"}, {"0", "-"}, {"0", "0"}}, 0},
-        {"there and back", {{"0", "0"}, {"0", "-0"}, {"0", "0"}}, 2},
-        {"two exchange their tracks", {{"05", "05"}, {"05", "50"}}, 2},
-        {"a second track on the same object", {{"0", "0"}, {"0", "00"}}, 0},
-        {"half of their union is enough", {{"0", "0"}, {"0", "-1"}}, 1},
-        {"too far to follow", {{"0", "0"}, {"0", "-2"}}, 0},
-        {"the track before, although another is nearer", {{"0", "1"}, {"0", "10"}}, 0},
-        {"the nearest of two new ones", {{"0", "0"}, {"0", "--10"}, {"0", "---0"}}, 1},
-    };
-    for (const identity_case& c : cases) {
-        identity_watch watch;
-        int number = 0;
-        for (const auto& [objects, tracks] : c.frames) {
-            const std::vector<mot_row> truth = boxes_at(objects);
-            std::vector<track_row> rows;
-            for (const mot_row& box : boxes_at(tracks))
-                rows.push_back({box, 0});
-            watch.observe(++number, truth.data(), truth.data() + truth.size(), rows);
-        }
-        EXPECT_EQ(watch.changes().size(), c.changes) << c.name;
-    }
-}
-
-TEST(Truth, NeedsIdentifiers)
-{
-    std::vector<mot_row> rows;
-    std::istringstream good("1,7,0,0,5,5,1\n");
-    EXPECT_FALSE(read_truth(good, rows));
-    EXPECT_EQ(rows.at(0).id, 7);
-    std::istringstream bad("1,7,0,0,5,5,1\n2,a,0,0,5,5,1\n");
-    const auto error = read_truth(bad, rows);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->line, 2U);
-}
-
-TEST(Truth, LeavesOutWhatIsNotToBeCounted)
-{
-    const std::string name = testing::TempDir() + "truth.txt";
-    std::ofstream(name) << "1,7,0,0,5,5,0\n1,8,0,0,5,5,1\n";
-    const std::vector<mot_row> rows = load_truth(name, 1);
-    ASSERT_EQ(rows.size(), 1U);
-    EXPECT_EQ(rows[0].id, 8);
-}
-
 // --- coding ----------------------------------------------------------------------------------------------------------
 
 static std::string base64(const column& c)
@@ -384,7 +310,7 @@ TEST(Page, HoldsAnySequenceAndNothingForEmptyFrames)
         view_options options;
         options.track.detections = "</script><script>alert(1)</script>";
         options.track.quiet = true;
-        options.truth = file.rows;
+        options.truth = true_boxes{file.rows, {}};
         std::string page;
         view_sequence(file, select_rows(file, 0), options, page);
         EXPECT_EQ(page.find("<script>alert"), std::string::npos);

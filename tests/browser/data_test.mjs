@@ -102,6 +102,29 @@ test('events are walked through one by one, both ways', () => {
     assert.deepEqual([births.frames, misses.total, noRoom.items, run.unread], [[1], 0, [], 1]);
 });
 
+test('figures and identity changes are those of the command eval', () => {
+    zeltrack('synth', '--objects=40', '--size=600x400', '--seed=2', '--gt=plain.txt', '-o', 'scored.txt');
+    // every third object is a distractor, and every fifth does not count
+    const classes = readFileSync(join(directory, 'plain.txt'), 'utf8').trim().split('\n').map(line => {
+        const [frame, id, ...box] = line.split(',');
+        return [frame, id, ...box.slice(0, 4), id % 5 ? 1 : 0, id % 3 ? 1 : 8].join(',');
+    });
+    writeFileSync(join(directory, 'classes.txt'), classes.join('\n') + '\n');
+    zeltrack('track', '-q', 'scored.txt', '-o', 'tracks.txt');
+    for (const truth of ['plain', 'classes']) {
+        const run = view('scored.txt', '--gt', truth + '.txt'),
+              report = JSON.parse(zeltrack('eval', truth + '.txt', 'tracks.txt', '--format=json'))[truth];
+        const all = {...report.HOTA, ...report.CLEAR, ...report.Identity, ...report.Count};
+        assert.ok(run.figures.size > 9 && all.IDSW > 5);
+        for (const [name, value] of run.figures) {
+            const list = [all[name]].flat(), mean = list.reduce((sum, it) => sum + it, 0) / list.length;
+            assert.ok(Math.abs(value - mean) < 1e-6, `${truth}: ${name} ${value} ${mean}`);
+        }
+        assert.equal(run.changes.length, all.IDSW);
+        assert.equal(run.truth.count, all.GT_Dets);
+    }
+});
+
 // Every column of the module's package, and with them rows, reasons and figures, is that of the command.
 test('the tracker in the page gives what the command gives, bit for bit', async context => {
     const odd =

@@ -3,7 +3,7 @@
 #
 # Tests of the zeltrack command: run.sh GROUP PROGRAM [ARGUMENT...]. Tables stand in here-documents, one case a line,
 # its fields divided by "|"; \n and the like in them are escapes of printf %b. Every row begins with what it guards.
-# shellcheck disable=SC2086,SC2317  # options are split on purpose; the groups are called by name
+# shellcheck disable=SC2086,SC2094,SC2317  # options are split and input named as output on purpose; groups go by name
 set -u
 group=$1
 shift
@@ -31,6 +31,8 @@ run() {
     out=$(cat stdout)
     err=$(cat stderr)
 }
+
+one_line() { paste -s -d ' ' "$@"; }
 
 # --- lines of a detection file ---------------------------------------------------------------------------------------
 
@@ -233,7 +235,7 @@ class ignored|classes.txt|--scale 1 --stable 2 --class-column 8 --ignore-class|2
 END
     printf 'scale = 1\nstable = 2\neuc = 0.5\nremoval = 3\n' >options.toml
     run track -q --config options.toml --removal 10 one.txt
-    check "the command line before a configuration" "2,1,12 3,1,14 8,1,16" "$(cut -d, -f1-3 stdout | tr '\n' ' ' | sed 's/ $//')"
+    check "the command line before a configuration" "2,1,12 3,1,14 8,1,16" "$(cut -d, -f1-3 stdout | one_line)"
     # each seen once, so that the oldest of twelve lives just long enough to be beside the youngest
     for n in 1 2 3 4 5 6 7 8 9 10 11 12; do echo "$n,-1,${n}00,0,10,10,1"; done >once.txt
     run track -q -s 1 --scale 1 once.txt
@@ -241,7 +243,7 @@ END
     for n in 10 20 30 40 50 60 70 80 90; do printf '%s\n' "2,-1,${n}1,0,1,1,1" "1,-1,${n}2,0,1,1,1"; done >mixed.txt
     run track -q -s 1 --scale 1 mixed.txt
     check "file order within a frame" "102 202 302 402 502 602 702 802 902" \
-        "$(grep '^1,' stdout | cut -d, -f3 | tr '\n' ' ' | sed 's/ $//')"
+        "$(grep '^1,' stdout | cut -d, -f3 | one_line)"
     echo 10000000,-1,10,20,30,40,0.5 >last.txt
     run track -q -s 1 last.txt --scale 1
     check "the last frame there may be" "10000000,1,10,20,30,40,0.5,-1,-1,-1" "$out"
@@ -299,7 +301,7 @@ output() {
     [ -p pipe ] || return 1  # and devices were replaced, too
     echo before >log && zeltrack $track in.txt -o /dev/fd/3 3>>log && ln -s /dev/stderr to_log &&
         zeltrack $track in.txt -o to_log 2>>log
-    check "an open descriptor is written to, not what it leads to" "before $row $row" "$(echo $(cat log))"
+    check "an open descriptor is written to, not what it leads to" "before $row $row" "$(one_line log)"
     check "a descriptor of a pipe" "$row" "$(zeltrack $track in.txt -o /dev/fd/1 | cat)"
     run $track in.txt -o /dev/full
     check "a full device" "1|zeltrack: /dev/full: No space left on device" "$status|$err"
@@ -383,15 +385,15 @@ COMBINED  two     100.00*    0*   2" "$status|$err|$out"
     run eval gt one two --columns IDSW --format markdown
     check "Markdown" "| A | two | **0** |" "$(grep 'A | two' stdout)"
     run eval gt/A/gt/gt.txt one/A.txt --format csv --columns MOTA,FP_per_frame --switches switches.csv --curve curve.csv
-    check "two files, named by their folder" "sequence,MOTA,FP_per_frame A,0.75,0" "$(echo $(head -2 stdout))"
-    check "switches" "sequence,frame,object,from,to,since A,3,7,1,2,1" "$(echo $(cat switches.csv))"
+    check "two files, named by their folder" "sequence,MOTA,FP_per_frame A,0.75,0" "$(head -2 stdout | one_line)"
+    check "switches" "sequence,frame,object,from,to,since A,3,7,1,2,1" "$(one_line switches.csv)"
     check "thresholds" "39|A,0.05,0.7071067811865476,1,0.5,1,1,0.5,1,1,0.7071067811865476,4,0,0" \
         "$(wc -l <curve.csv | tr -d ' ')|$(sed -n 2p curve.csv)"
     run eval gt two --format json
     check "JSON" '0|  "A": { "HOTA": { "CLR_Frames": 8, "CLR_Frames": 10,' \
         "$status|$(sed -n 2,3p stdout | tr -s '\n ' ' ' | sed 's/^/ /; s/ $//')$(grep Frames stdout | grep CLR | sed -n '1p;3p' | tr -s '\n ' ' ' | sed 's/ $//')"
     run eval gt one --rules mot15 --columns GT_Dets --format csv
-    check "without classes" "4 3 7" "$(cut -d, -f2 stdout | sed 1d | echo $(cat))"
+    check "without classes" "4 3 7" "$(cut -d, -f2 stdout | sed 1d | one_line)"
     refused_figures
 }
 
@@ -424,7 +426,7 @@ END
     check "without a partner" "1|zeltrack: no sequence A in two, C in gt, C in one (--skip-missing leaves out what is not everywhere)" \
         "$status|$err"
     run eval gt one two --skip-missing --columns HOTA --format csv
-    check "what is everywhere" "0|B B COMBINED COMBINED" "$status|$(cut -d, -f1 stdout | sed 1d | echo $(cat))"
+    check "what is everywhere" "0|B B COMBINED COMBINED" "$status|$(cut -d, -f1 stdout | sed 1d | one_line)"
 }
 
 "$group" || failed=1

@@ -52,9 +52,9 @@ static void declare_options(command_line& line, eval_options& options)
                  {"mot15", rules_choice::mot15},
                  {"mot17", rules_choice::mot17},
                  {"mot20", rules_choice::mot20}},
-                "which rows count: with mot15 all that the truth marks; with\n"
+                "which rows count: with mot15 all that GT marks; with\n"
                 "mot17 and mot20 only class 1 of it, and no track on a\n"
-                "distractor. auto asks the truth whether it has classes");
+                "distractor. auto is mot17 if GT has classes");
     read_columns(default_columns, options.columns);
     line.custom(
         "--columns", "NAMES", [&options](const std::string& text) { return read_columns(text, options.columns); },
@@ -86,9 +86,7 @@ static score_rules rules_for(const eval_options& options, const std::string& nam
     case rules_choice::automatic:
         break;
     }
-    if (!truth.several_classes || truth.no_class)
-        return score_rules::mot15;
-    return name.rfind("MOT20", 0) == 0 ? score_rules::mot20 : score_rules::mot17;
+    return rules_of(truth, name);
 }
 
 static void check(const std::optional<row_fault>& fault, const score_file& file, int length)
@@ -198,7 +196,7 @@ static void run(command_line& line)
 const subcommand eval_command = {
     "eval",
     "say how good tracks are: HOTA, MOTA, IDF1 and all that belongs to them",
-    "Compare tracks with the truth, a file or a folder of sequences at a time, and print HOTA, CLEAR and Identity "
+    "Compare tracks with ground truth, a file or a folder of sequences at a time, and print HOTA, CLEAR and Identity "
     "figures\n"
     "for each sequence and for all. Ratios are in percent.",
     "The length of a sequence is that in its seqinfo.ini, else its last frame.\n",

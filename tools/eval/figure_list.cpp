@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The list of all figures, in the order of the JSON report.
-#include <algorithm>
-#include <string_view>
-
-#include "cli/failure.h"
-#include "cli/nearest.h"
-#include "eval/report.h"
+#include "eval/figure_list.h"
 
 namespace zeltrack {
 
@@ -122,46 +117,6 @@ const std::vector<figure>& figures()
         of_count<&count_score::frames>("Frames"),
     };
     return list;
-}
-
-const char default_columns[] = "HOTA,DetA,AssA,MOTA,IDF1,IDSW,Frag,FP,FN,MT,ML,ids";
-
-static const figure* find_figure(const std::string& name)
-{
-    static constexpr struct {
-        std::string_view name, meant;
-    } short_names[] = {{"TP", "CLR_TP"}, {"FP", "CLR_FP"}, {"FN", "CLR_FN"}, {"ids", "IDs"}};
-    std::string_view meant = name;
-    for (const auto& it : short_names)
-        if (name == it.name)
-            meant = it.meant;
-    for (const figure& it : figures())
-        if (meant == it.name)
-            return &it;
-    return nullptr;
-}
-
-static std::vector<std::string> names()
-{
-    std::vector<std::string> all;
-    for (const figure& it : figures())
-        all.emplace_back(it.name);
-    return all;
-}
-
-std::string read_columns(const std::string& text, std::vector<report_column>& columns)
-{
-    columns.clear();
-    for (std::size_t at = 0; at <= text.size();) {
-        const std::size_t comma = std::min(text.find(',', at), text.size());
-        const std::string name = text.substr(at, comma - at);
-        const figure* const found = find_figure(name);
-        if (!found)
-            return expected("names of figures, divided by commas", name) + suggestion(name, names());
-        columns.push_back({name, found});
-        at = comma + 1;
-    }
-    return "";
 }
 
 }  // namespace zeltrack

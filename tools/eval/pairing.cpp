@@ -104,11 +104,15 @@ static std::vector<std::string> names_of(const std::vector<std::string>& tracks,
     return tracks;
 }
 
-static pairing pair_single(const std::string& truth, const std::vector<std::string>& tracks)
+std::string sequence_name(const std::string& truth)
 {
     const fs::path folder = folder_of(truth);
-    sequence_files files =
-        sequence_of(folder.empty() ? fs::path(truth).stem().string() : last_name(folder.string()), truth);
+    return folder.empty() ? fs::path(truth).stem().string() : last_name(folder.string());
+}
+
+static pairing pair_single(const std::string& truth, const std::vector<std::string>& tracks)
+{
+    sequence_files files = sequence_of(sequence_name(truth), truth);
     files.tracks = tracks;
     return {{files}, names_of(tracks, false), {}};
 }

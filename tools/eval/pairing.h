@@ -21,6 +21,9 @@ struct pairing {
     std::vector<std::string> missing;       // what has no partner, as text
 };
 
+// What the sequence of a file of truth is called: SEQ of SEQ.txt, SEQ/gt.txt or SEQ/gt/gt.txt.
+std::string sequence_name(const std::string& truth);
+
 // Two files, or a folder of truth and folders of tracks. In the first, sequence SEQ is SEQ.txt, SEQ/gt.txt or
 // SEQ/gt/gt.txt; in the others it is SEQ.txt. What does not exist or is something else is a failure.
 pairing pair_files(const std::string& truth, const std::vector<std::string>& tracks);

@@ -1,26 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// Figures as text: which there are, how they are called, and the four formats of a report.
+// Figures as text, in the four formats of a report.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "eval/figure_list.h"
 #include "eval/score.h"
 
 namespace zeltrack {
-
-struct figure {
-    enum class kind { ratio, count, sum };  // shown in percent, whole, and with two decimals
-    const char* group;                      // in JSON
-    const char* name;
-    kind shown;
-    int better;  // 1: the larger, -1: the smaller, 0: neither
-    double (*value)(const sequence_score& score);
-    const threshold_curve& (*curve)(const sequence_score& score);  // null: not of thresholds; else value is its mean
-};
-
-const std::vector<figure>& figures();
 
 struct report_column {
     std::string title;

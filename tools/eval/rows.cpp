@@ -92,6 +92,13 @@ score_file load_track_rows(const std::string& path, int frame_base)
     return load(path, frame_base, read_track_rows);
 }
 
+score_rules rules_of(const score_file& truth, const std::string& sequence)
+{
+    if (!truth.several_classes || truth.no_class)
+        return score_rules::mot15;
+    return sequence.rfind("MOT20", 0) == 0 ? score_rules::mot20 : score_rules::mot17;
+}
+
 std::string text_of(const row_fault& fault, const score_file& file, int length)
 {
     const score_row& row = file.rows[fault.row];

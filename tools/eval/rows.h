@@ -33,6 +33,10 @@ std::optional<mot_error> read_track_rows(std::istream& in, int frame_base, score
 score_file load_truth_rows(const std::string& path, int frame_base);
 score_file load_track_rows(const std::string& path, int frame_base);
 
+// What the rules are if nobody says so: those of classes where the truth has several, of mot20 if the sequence's name
+// begins like that.
+score_rules rules_of(const score_file& truth, const std::string& sequence);
+
 // A fault of the file's rows as the text of a failure. `length` is that of the sequence.
 std::string text_of(const row_fault& fault, const score_file& file, int length);
 

@@ -10,9 +10,9 @@ namespace zeltrack {
 
 // --- the truth -------------------------------------------------------------------------------------------------------
 
-static prepared_truth::role role_of(const score_row& row, score_rules rules)
+score_role role_of(const score_row& row, score_rules rules)
 {
-    using role = prepared_truth::role;
+    using role = score_role;
     const role marked = row.counts ? role::counted : role::ignored;
     if (rules == score_rules::mot15)
         return marked;
@@ -44,13 +44,13 @@ std::optional<row_fault> prepared_truth::assign(const score_row* rows, std::size
     frames_of.assign(set.ids.size(), 0);
     for (std::size_t box = 0; box < count; ++box) {
         roles.push_back(role_of(rows[set.source[box]], rules));
-        if (roles.back() == role::counted)
+        if (roles.back() == score_role::counted)
             ++frames_of[set.who[box]];
     }
-    boxes = static_cast<double>(std::count(roles.begin(), roles.end(), role::counted));
+    boxes = static_cast<double>(std::count(roles.begin(), roles.end(), score_role::counted));
     objects = static_cast<double>(frames_of.size()) -
               static_cast<double>(std::count(frames_of.begin(), frames_of.end(), 0.0));
-    distractors = std::find(roles.begin(), roles.end(), role::distractor) != roles.end();
+    distractors = std::find(roles.begin(), roles.end(), score_role::distractor) != roles.end();
     return std::nullopt;
 }
 
@@ -78,7 +78,7 @@ void scene::find_pairs()
 // A track on a distractor is neither right nor wrong, unless an object that is not one claims it.
 void scene::drop_distracted(const shared_frame& in)
 {
-    using role = prepared_truth::role;
+    using role = score_role;
     const role* const roles = truth->roles.data() + in.objects.first;
     const overlap_pair* const pair = pairs.data() + in.first_pair;
     edges_.clear();
@@ -103,7 +103,7 @@ void scene::keep_counted()
     for (shared_frame& in : frames) {
         const std::size_t first = kept;
         for (std::size_t p = in.first_pair; p < in.first_pair + in.pairs; ++p)
-            if (truth->roles[in.objects.first + pairs[p].truth] == prepared_truth::role::counted &&
+            if (truth->roles[in.objects.first + pairs[p].truth] == score_role::counted &&
                 !dropped_[in.tracks.first + pairs[p].track])
                 pairs[kept++] = pairs[p];
         in.first_pair = first;
@@ -111,9 +111,8 @@ void scene::keep_counted()
 
         const auto roles = truth->roles.begin() + in.objects.first;
         const auto dropped = dropped_.begin() + in.tracks.first;
-        in.counted =
-            std::find(roles, roles + in.objects.count, prepared_truth::role::counted) != roles + in.objects.count &&
-            std::find(dropped, dropped + in.tracks.count, false) != dropped + in.tracks.count;
+        in.counted = std::find(roles, roles + in.objects.count, score_role::counted) != roles + in.objects.count &&
+                     std::find(dropped, dropped + in.tracks.count, false) != dropped + in.tracks.count;
     }
     pairs.resize(kept);
 }

@@ -23,10 +23,8 @@ public:
     [[nodiscard]] std::optional<row_fault> assign(const score_row* rows, std::size_t count, score_rules rules,
                                                   int frames);
 
-    enum class role : std::uint8_t { counted, distractor, ignored };
-
     box_set set;
-    std::vector<role> roles;        // by box
+    std::vector<score_role> roles;  // by box
     std::vector<double> frames_of;  // by identifier: boxes that count
     double boxes = 0;               // that count
     double objects = 0;             // with a box that counts

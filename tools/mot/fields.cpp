@@ -122,11 +122,4 @@ std::optional<std::string> parse_identifier(std::string_view text, int& id)
     return std::nullopt;
 }
 
-std::optional<std::string> parse_truth(const field_list& fields, int frame_base, mot_row& row)
-{
-    if (auto wrong = parse_first_columns(fields, needed_fields, frame_base, row))
-        return wrong;
-    return parse_identifier(fields[1], row.id);
-}
-
 }  // namespace zeltrack

@@ -40,6 +40,5 @@ std::optional<std::string> parse_box(const field_list& fields, int frame_base, p
 std::optional<std::string> parse_identifier(std::string_view text, int& id);
 
 std::optional<std::string> parse_detection(const field_list& fields, const mot_layout& layout, mot_row& row);
-std::optional<std::string> parse_truth(const field_list& fields, int frame_base, mot_row& row);
 
 }  // namespace zeltrack

@@ -14,7 +14,4 @@ namespace zeltrack {
 // Within a frame the rows stay in the order of the file.
 std::vector<mot_row> load_detections(const std::string& name, const mot_layout& layout);
 
-// The true boxes of a file, without those that it marks by a 0 in the seventh column as not to be counted.
-std::vector<mot_row> load_truth(const std::string& name, int frame_base = 1);
-
 }  // namespace zeltrack

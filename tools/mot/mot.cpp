@@ -35,32 +35,15 @@ std::optional<mot_error> read_lines(std::istream& in, const line_taker& take)
     return std::nullopt;
 }
 
-template <typename Parse>
-static std::optional<mot_error> read_rows(std::istream& in, const Parse& parse_fields, std::vector<mot_row>& rows)
+std::optional<mot_error> read_detections(std::istream& in, const mot_layout& layout, std::vector<mot_row>& rows)
 {
     return read_lines(in, [&](std::size_t, const field_list& fields) {
         mot_row row;
-        auto wrong = parse_fields(fields, row);
+        auto wrong = parse_detection(fields, layout, row);
         if (!wrong)
             rows.push_back(row);
         return wrong;
     });
-}
-
-std::optional<mot_error> read_detections(std::istream& in, const mot_layout& layout, std::vector<mot_row>& rows)
-{
-    const auto parse_fields = [&](const field_list& fields, mot_row& row) {
-        return parse_detection(fields, layout, row);
-    };
-    return read_rows(in, parse_fields, rows);
-}
-
-std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows, int frame_base)
-{
-    const auto parse_fields = [&](const field_list& fields, mot_row& row) {
-        return parse_truth(fields, frame_base, row);
-    };
-    return read_rows(in, parse_fields, rows);
 }
 
 void append_row(std::string& text, const mot_row& row, int frame_base)

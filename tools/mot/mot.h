@@ -45,9 +45,6 @@ struct mot_error {
 // reading: here the end of a stream is the end of the file.
 std::optional<mot_error> read_detections(std::istream& in, const mot_layout& layout, std::vector<mot_row>& rows);
 
-// The same for true boxes, whose identifiers are read and whose classes are not.
-std::optional<mot_error> read_truth(std::istream& in, std::vector<mot_row>& rows, int frame_base = 1);
-
 // Append "frame,id,left,top,width,height,conf,-1,-1,-1" and a newline: each number as the shortest text that reads back
 // to the same float.
 void append_row(std::string& text, const mot_row& row, int frame_base = 1);

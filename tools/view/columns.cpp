@@ -72,13 +72,15 @@ void pack_input(package& out, const sequence& file, const track_options& options
     pack_boxes(out, "input", file.rows);
 }
 
-void pack_truth(package& out, const std::vector<mot_row>& truth)
+void pack_truth(package& out, const true_boxes& truth)
 {
     column ids;
-    for (const mot_row& row : truth)
+    for (const mot_row& row : truth.counted)
         ids.put_signed(row.id);
-    pack_boxes(out, "truth", truth);
+    pack_boxes(out, "truth", truth.counted);
     out.data("truthId", ids);
+    if (!truth.others.empty())
+        pack_boxes(out, "others", truth.others);
 }
 
 // --- boxes of tracks -------------------------------------------------------------------------------------------------
@@ -312,7 +314,7 @@ static void pack_parameters(package& out, const track_options& o, const track_su
 }
 
 void pack_run(package& out, const recording& recorded, const selected_rows& selected, const track_summary& summary,
-              const track_options& options, const std::vector<identity_change>& changes)
+              const track_options& options)
 {
     const grid steps(2 * gate_units / automatic_scale(selected.rows.rows));
     pack_parameters(out, options, summary);
@@ -324,11 +326,6 @@ void pack_run(package& out, const recording& recorded, const selected_rows& sele
     out.data("lives", coded_lives(recorded));
     out.data("detections", coded_detections(recorded, selected, options.euc));
     out.data("rows", coded_rows(recorded, selected.rows, steps, summary.scale));
-    column coded;
-    for (const identity_change& change : changes)
-        for (const int value : {change.frame, change.object, change.before, change.after})
-            coded.put_signed(value);
-    out.data("changes", coded);
 }
 
 }  // namespace zeltrack

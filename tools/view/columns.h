@@ -10,8 +10,8 @@
 #include "track/sequence.h"
 #include "track/summary.h"
 #include "view/column.h"
-#include "view/identity.h"
 #include "view/recording.h"
+#include "view/scoring.h"
 
 namespace zeltrack {
 
@@ -26,12 +26,12 @@ selected_rows select_rows(const sequence& file, float min_conf);
 // All boxes of the file, weak ones too, exactly: who changes the least confidence needs them again.
 void pack_input(package& out, const sequence& file, const track_options& options);
 
-// By frame, with identifiers.
-void pack_truth(package& out, const std::vector<mot_row>& truth);
+// Boxes that count as "truth...", with identifiers; "others..." if there are any.
+void pack_truth(package& out, const true_boxes& truth);
 
 // What the tracker made of it. Boxes are rounded to a decimal part of a pixel far below what the eye can tell apart;
 // what decided a match is exact.
 void pack_run(package& out, const recording& recorded, const selected_rows& selected, const track_summary& summary,
-              const track_options& options, const std::vector<identity_change>& changes);
+              const track_options& options);
 
 }  // namespace zeltrack

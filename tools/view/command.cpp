@@ -1,15 +1,53 @@
 // SPDX-License-Identifier: MIT
 //
 // The subcommand `view`.
+#include <algorithm>
 #include <iostream>
 #include <limits>
 
 #include "cli/command_line.h"
 #include "cli/output_file.h"
-#include "mot/load.h"
+#include "eval/pairing.h"
+#include "eval/rows.h"
 #include "view/view.h"
 
 namespace zeltrack {
+
+static mot_row to_mot(const score_row& row)
+{
+    mot_row out;
+    out.frame = row.frame;
+    out.id = row.id;
+    out.left = static_cast<float>(row.left);
+    out.top = static_cast<float>(row.top);
+    out.width = static_cast<float>(row.width);
+    out.height = static_cast<float>(row.height);
+    out.cls = static_cast<float>(row.cls);
+    return out;
+}
+
+// Rows that the command eval would refuse are refused here, too.
+static true_boxes load_truth(const std::string& path, int frame_base)
+{
+    score_file file = load_truth_rows(path, frame_base);
+    const score_rules rules = rules_of(file, sequence_name(path));
+    scorer check;
+    if (const auto fault = check.set_truth(file.rows.data(), file.rows.size(), rules, file.last_frame))
+        throw failure(text_of(*fault, file, file.last_frame));
+    std::stable_sort(file.rows.begin(), file.rows.end(),
+                     [](const score_row& a, const score_row& b) { return a.frame < b.frame; });
+    true_boxes truth;
+    for (score_row& row : file.rows) {
+        const score_role role = role_of(row, rules);
+        if (role == score_role::counted)
+            truth.counted.push_back(to_mot(row));
+        else if (rules != score_rules::mot15)
+            truth.others.push_back(to_mot(row));
+        if (role == score_role::distractor)
+            truth.others.back().cls = distractor_class;
+    }
+    return truth;
+}
 
 static void run(command_line& line)
 {

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "view/recorder.h"
+#include "view/scoring.h"
 
 namespace zeltrack {
 
@@ -39,21 +40,17 @@ track_summary pack_tracked(package& out, const run_input& input, const track_opt
                            const std::function<void(int frame)>& each)
 {
     recorder records;
-    identity_watch identities;
+    run_scorer scoring(input.truth);
     row_digest digest;
-    const mot_row* object = input.truth ? input.truth->data() : nullptr;
-    const mot_row* const end = input.truth ? object + input.truth->size() : nullptr;
     const auto observe = [&](int frame, const std::vector<track_row>& rows) {
-        const mot_row* const first = object;
-        while (object != end && object->frame == frame)
-            ++object;
-        identities.observe(frame, first, object, rows);
+        scoring.observe(rows);
         for (const track_row& row : rows)
             digest.add(row.box);
         each(frame);
     };
     const track_summary summary = track_sequence(input.selected.rows, options, observe, {recorder::process, &records});
-    pack_run(out, records.result(), input.selected, summary, options, identities.changes());
+    pack_run(out, records.result(), input.selected, summary, options);
+    scoring.pack(out, input.file.frames);
     digest.pack(out);
     return summary;
 }

@@ -5,18 +5,18 @@
 #pragma once
 
 #include <functional>
-#include <vector>
 
 #include "track/track.h"
 #include "view/column.h"
 #include "view/columns.h"
+#include "view/scoring.h"
 
 namespace zeltrack {
 
 struct run_input {
     const sequence& file;
     const selected_rows& selected;
-    const std::vector<mot_row>* truth;  // by frame, with identifiers; null: none
+    const true_boxes* truth;  // null: none
 };
 
 // `each` is called after every frame.

@@ -19,8 +19,8 @@ extern const subcommand view_command;
 
 struct view_options {
     track_options track;
-    std::optional<std::vector<mot_row>> truth;  // by frame, with identifiers
-    std::string command;                        // that makes the page again
+    std::optional<true_boxes> truth;
+    std::string command;  // that makes the page again
 };
 
 // Tracks the selected rows and appends the page that tells all about it. The page holds the others as well.

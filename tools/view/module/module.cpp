@@ -18,7 +18,7 @@ using namespace zeltrack;
 static_assert(sizeof(mot_row) == 32, "the layout that worker.mjs fills");
 
 sequence file;
-std::optional<std::vector<mot_row>> truth;
+std::optional<true_boxes> truth;
 std::string result;
 
 // In the order of PARAMETERS in worker.mjs.
@@ -56,8 +56,16 @@ mot_row* input_rows(std::size_t count, int frames)
 // The same for the ground truth; without a call there is none.
 mot_row* truth_rows(std::size_t count)
 {
-    truth.emplace(count);
-    return truth->data();
+    truth.emplace();
+    truth->counted.resize(count);
+    return truth->counted.data();
+}
+
+// After truth_rows(), and in the same order: boxes that may claim a track without counting.
+mot_row* other_rows(std::size_t count)
+{
+    truth->others.resize(count);
+    return truth->others.data();
 }
 
 parameters* parameter_values()

@@ -32,6 +32,7 @@ export async function startEngine(bytes, file) {
     exports._initialize();
     fill(memory, exports.input_rows(file.input.count, file.frames), file.input);
     if (file.truth) fill(memory, exports.truth_rows(file.truth.count), file.truth);
+    if (file.others) fill(memory, exports.other_rows(file.others.count), file.others);
     return parameters => {
         const values = new Float64Array(memory.buffer, exports.parameter_values(), PARAMETERS.length);
         PARAMETERS.forEach((name, n) => {

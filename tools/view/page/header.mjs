@@ -36,6 +36,15 @@ function parameterFacts() {
         parameters.ignoreClass > 0 && fact('classes', 'ignored'));
 }
 
+// As the command eval gives them.
+function figureFacts(figures) {
+    const percent = name => fact(name, (100 * figures.get(name)).toFixed(2) + ' %');
+    const count = (name, key) => fact(name, whole(figures.get(key)));
+    return group(
+        'Against ground truth', ...['HOTA', 'DetA', 'AssA', 'MOTA', 'IDF1'].map(percent), count('false', 'CLR_FP'),
+        count('missed', 'CLR_FN'), count('fragmented', 'Frag'));
+}
+
 function drawHeader() {
     const {run, events} = state, {weak, unread} = run;
     const outcomes =
@@ -57,7 +66,8 @@ function drawHeader() {
             total(svgSign(endings[1], 'dim', true), endWords[1], 'missed'),
             total(svgSign(endings[2], 'dim', true), endWords[2], 'tentative'),
             fact(endWords[0], whole(run.lives.count - events.ends.frames.length)),
-            run.truth && total(svgSign(signs[3], 'ink'), 'identity changes', 'changes')));
+            run.truth && total(svgSign(signs[3], 'ink'), 'identity changes', 'changes')),
+        run.figures.has('HOTA') && figureFacts(run.figures));
 }
 
 export function bindHeader(columns) {

@@ -250,6 +250,7 @@ export function readFile(columns) {
     return {
         input: readBoxes(columns, 'input'),
         truth: readTruth(columns),
+        others: columns.has('othersCount') ? readBoxes(columns, 'others') : null,
         frames: columns.number('frames'),
         classBase: columns.number('classBase'),
         frameBase: columns.number('frameBase')
@@ -283,6 +284,8 @@ export function createRun(columns, file = readFile(columns)) {
     run.live = listLive(run.busy, run.lives);
     findNearest(run);
     run.rows = readRows(columns.reader('rows'), run);
+    run.figures = new Map(
+        columns.names().filter(name => name.startsWith('figure.')).map(name => [name.slice(7), columns.number(name)]));
     run.changes = readChanges(columns.reader('changes'));
     return run;
 }
