@@ -31,6 +31,11 @@ if(ZEL_BUILD_TOOLS)
   install(FILES docs/zeltrack.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT zel_tools)
 endif()
 
+# Where GStreamer looks for plugins, if the prefix is the one it was built for; else GST_PLUGIN_PATH says so.
+if(TARGET gstzel)
+  install(TARGETS gstzel DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT zel_gstreamer)
+endif()
+
 # Where Debian's Python looks; for another prefix, that place goes into PYTHONPATH.
 if(ZEL_BUILD_PYTHON)
   install(DIRECTORY python/zel DESTINATION lib/python3/dist-packages COMPONENT zel_python PATTERN __pycache__ EXCLUDE)

@@ -1,5 +1,6 @@
-# `cpack -G DEB`: libzel1, libzel-dev, zel-tools and python3-zel. Configure with -DCMAKE_INSTALL_PREFIX=/usr, so that the
-# libraries go where Debian has them. A cross build gives the packages of its target.
+# `cpack -G DEB`: libzel1, libzel-dev, zel-tools, gstreamer1.0-zel and python3-zel. Configure with
+# -DCMAKE_INSTALL_PREFIX=/usr, so that the libraries go where Debian has them. A cross build gives the packages of its
+# target.
 set(CPACK_PACKAGE_NAME libzel)
 set(CPACK_PACKAGE_VENDOR "The libzel authors")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # or it would be the synopsis of all three
@@ -7,6 +8,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_COMPONENTS_ALL zel_runtime zel_development)
 if(ZEL_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL zel_tools)
+endif()
+if(TARGET gstzel)
+  list(APPEND CPACK_COMPONENTS_ALL zel_gstreamer)
 endif()
 if(ZEL_BUILD_PYTHON)
   list(APPEND CPACK_COMPONENTS_ALL zel_python)
@@ -70,6 +74,17 @@ install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libzel-dev C
 zel_package(zel_tools zel-tools utils foreign "command"
   "This is the command zeltrack, which tracks files of detections and shows what
 happened, frame by frame.")
+
+if(TARGET gstzel)
+  zel_package(zel_gstreamer gstreamer1.0-zel libs same "GStreamer plugin"
+    "This is the plugin for GStreamer, with the element zeltracker and two elements
+that read and write files of detections and tracks.")
+  set(CPACK_DEBIAN_ZEL_GSTREAMER_PACKAGE_DEPENDS "libzel${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})")
+  set(CPACK_DEBIAN_ZEL_GSTREAMER_PACKAGE_GENERATE_SHLIBS OFF)  # nobody links with it
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/host)
+  install(FILES docs/gstreamer.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/gstreamer1.0-zel
+    COMPONENT zel_gstreamer EXCLUDE_FROM_ALL)
+endif()
 
 if(ZEL_BUILD_PYTHON)
   zel_package(zel_python python3-zel python foreign "Python package"

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+//
+// The plugin "zel".
+#include "plugin.h"
+
+#include "motdetections.h"
+#include "motwrite.h"
+#include "tracker.h"
+
+#include <zel/libzel.h>
+
+namespace zelgst {
+
+void add_video_pads(GstElementClass* element_class)
+{
+    GstCaps* caps = gst_caps_from_string("video/x-raw(ANY)");
+    gst_element_class_add_pad_template(element_class, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps));
+    gst_element_class_add_pad_template(element_class, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps));
+    gst_caps_unref(caps);
+}
+
+void install_location(GObjectClass* object_class, const char* blurb)
+{
+    const auto flags = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_READY);
+    g_object_class_install_property(object_class, 1, g_param_spec_string("location", "File", blurb, nullptr, flags));
+}
+
+bool has_location(GstBaseTransform* element, const std::string& location)
+{
+    if (location.empty())
+        GST_ELEMENT_ERROR(element, RESOURCE, NOT_FOUND, ("The property \"location\" is not set."), (nullptr));
+    return !location.empty();
+}
+
+GstFlowReturn make_metas_writable(GstBaseTransform*, GstBuffer* input, GstBuffer** output)
+{
+    *output = gst_buffer_is_writable(input) ? input : gst_buffer_copy(input);
+    return GST_FLOW_OK;
+}
+
+void pass_through(GstBaseTransform* element)
+{
+    gst_base_transform_set_in_place(element, TRUE);
+    gst_base_transform_set_passthrough(element, TRUE);
+}
+
+}  // namespace zelgst
+
+static gboolean register_elements(GstPlugin* plugin)
+{
+    return gst_element_register(plugin, "zeltracker", GST_RANK_NONE, ZEL_TYPE_TRACKER) &&
+           gst_element_register(plugin, "motdetections", GST_RANK_NONE, ZEL_TYPE_MOT_DETECTIONS) &&
+           gst_element_register(plugin, "motwrite", GST_RANK_NONE, ZEL_TYPE_MOT_WRITE);
+}
+
+#define PACKAGE "libzel"
+GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, zel, "Multi-object tracking", register_elements,
+                  ZEL_VERSION_STRING, "MIT/X11", "libzel", "libzel")
