@@ -117,6 +117,7 @@ test('figures and identity changes are those of the command eval', () => {
         const all = {...report.HOTA, ...report.CLEAR, ...report.Identity, ...report.Count};
         assert.ok(run.figures.size > 9 && all.IDSW > 5);
         for (const [name, value] of run.figures) {
+            if (['tracks', 'rows'].includes(name)) continue;  // counted without ground truth, too
             const list = [all[name]].flat(), mean = list.reduce((sum, it) => sum + it, 0) / list.length;
             assert.ok(Math.abs(value - mean) < 1e-6, `${truth}: ${name} ${value} ${mean}`);
         }

@@ -74,6 +74,13 @@ class ViewTest(unittest.TestCase):
     def tearDown(self):
         self.assertEqual(browser.messages(), [], "the console must stay empty")
 
+    def wait_for(self, condition):
+        for _ in range(100):
+            if browser.run("return " + condition):
+                return settle()
+            time.sleep(0.1)
+        self.fail("never: " + condition)
+
     def expect_frame(self, number, of):
         settle()
         self.assertEqual(text("frame"), f"Frame {number:,} of {of:,}")
@@ -189,6 +196,30 @@ class ViewTest(unittest.TestCase):
         browser.back()
         settle()
         self.assertEqual(fragment().split("track=")[1], first.split("track=")[1])
+
+    def test_tunes_the_tracker_and_prints_the_command(self):
+        _, page = sample()
+        open_page(page)
+        if not browser.run("return canTune()"):
+            self.skipTest("built without the module")
+        before = text("size")
+        browser.run("byId('tab-tune').click()")
+        settle()
+        left, top, width, height = place("tune-iou")
+        browser.point(left + 0.8 * width, top + height / 2, click=True)
+        self.wait_for("state.run.parameters.iou > 0.7")
+        self.assertNotEqual(text("size"), before)
+        words = text("setting").split()
+        tracked = subprocess.run([zeltrack, *words[1:]], check=True, cwd=directory, stdout=subprocess.PIPE,
+                                 stderr=subprocess.DEVNULL, text=True).stdout
+        identifiers = {line.split(",")[1] for line in tracked.splitlines()}
+        self.assertEqual(len(identifiers), browser.run("return state.run.figures.get('tracks')"))
+        browser.run("byId('tune-stable-sweep').click()")
+        self.wait_for("sweepOf().points.length > 10")
+        browser.save_screenshot(str(directory / "viewer-tune.png"))
+        browser.run("byId('tune-undo').click()")
+        self.wait_for("state.run === writtenRun()")
+        self.assertEqual(text("size"), before)
 
     def test_takes_screenshots_in_both_themes(self):
         _, page = sample()

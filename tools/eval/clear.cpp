@@ -16,6 +16,7 @@ void clear_figures::follow(const scene& of, int frame, std::uint32_t shared, std
     if (known.track != assignment::none && known.track != track)
         switches.push_back(
             {frame, of.truth->set.ids[object], of.tracks.ids[known.track], of.tracks.ids[track], frame - known.frame});
+    matches.push_back({frame, of.truth->set.ids[object], of.tracks.ids[track]});
     // what matters is the frame before that holds both, be the object in it or not
     if (known.shared == 0 || known.shared + 1 != shared)
         ++known.starts;
@@ -52,6 +53,7 @@ void clear_figures::score(const scene& of, clear_score& result)
 {
     memories_.assign(of.truth->set.ids.size(), memory{});
     switches.clear();
+    matches.clear();
     matched_ = overlaps_ = 0;
     std::uint32_t shared = 0;
     for (const shared_frame& in : of.frames)

@@ -36,6 +36,7 @@ public:
     void score(const scene& of, clear_score& result);
 
     std::vector<identity_switch> switches;
+    std::vector<object_match> matches;
 
 private:
     // What CLEAR remembers of an object. Frames are counted among those that hold both objects and tracks.

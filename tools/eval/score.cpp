@@ -163,6 +163,11 @@ std::optional<row_fault> scorer::score(const score_row* tracks, std::size_t coun
     return std::nullopt;
 }
 
+const std::vector<object_match>& scorer::matches() const
+{
+    return parts_->clear.matches;
+}
+
 const std::vector<identity_switch>& scorer::switches() const
 {
     return parts_->clear.switches;

@@ -89,6 +89,13 @@ struct identity_switch {
     int since;  // frames since the object last had a track; 1 if that was in the frame before
 };
 
+// A track that CLEAR assigns to an object in a frame.
+struct object_match {
+    int frame;
+    int object;
+    int track;
+};
+
 // Why rows are refused.
 struct row_fault {
     enum class reason { frame_outside, class_unknown, identifier_twice };
@@ -118,6 +125,9 @@ public:
 
     // Of the latest score(), by frame and object.
     const std::vector<identity_switch>& switches() const;
+
+    // Of the latest score(), by frame.
+    const std::vector<object_match>& matches() const;
 
 private:
     struct parts;

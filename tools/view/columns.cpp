@@ -68,6 +68,7 @@ void pack_input(package& out, const sequence& file, const track_options& options
 {
     out.number("frames", file.frames);
     out.number("classBase", options.layout.class_base);
+    out.number("classColumn", options.layout.class_column);
     out.number("frameBase", options.layout.frame_base);
     pack_boxes(out, "input", file.rows);
 }
@@ -316,7 +317,9 @@ static void pack_parameters(package& out, const track_options& o, const track_su
 void pack_run(package& out, const recording& recorded, const selected_rows& selected, const track_summary& summary,
               const track_options& options)
 {
-    const grid steps(2 * gate_units / automatic_scale(selected.rows.rows));
+    const double median_size = 2 * gate_units / automatic_scale(selected.rows.rows);
+    const grid steps(median_size);
+    out.number("medianSize", median_size);
     pack_parameters(out, options, summary);
     out.number("count", static_cast<double>(recorded.detections.size()));
     out.number("weak", static_cast<double>(selected.rows.dropped));

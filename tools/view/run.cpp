@@ -36,6 +36,23 @@ private:
 
 }  // namespace
 
+// What is told of any run, and what of one with ground truth.
+static void pack_figures(package& out, const track_summary& summary, const run_scorer& scoring)
+{
+    out.number("figure.tracks", static_cast<double>(summary.identifiers));
+    out.number("figure.rows", static_cast<double>(summary.rows));
+    scoring.pack_figures(out);
+}
+
+void pack_figures_only(package& out, const run_input& input, const track_options& options)
+{
+    run_scorer scoring(input.truth);
+    const auto observe = [&scoring](int, const std::vector<track_row>& rows) { scoring.observe(rows); };
+    const track_summary summary = track_sequence(input.selected.rows, options, observe);
+    scoring.score(input.file.frames);
+    pack_figures(out, summary, scoring);
+}
+
 track_summary pack_tracked(package& out, const run_input& input, const track_options& options,
                            const std::function<void(int frame)>& each)
 {
@@ -49,9 +66,11 @@ track_summary pack_tracked(package& out, const run_input& input, const track_opt
         each(frame);
     };
     const track_summary summary = track_sequence(input.selected.rows, options, observe, {recorder::process, &records});
+    scoring.score(input.file.frames);
     pack_run(out, records.result(), input.selected, summary, options);
-    scoring.pack(out, input.file.frames);
     digest.pack(out);
+    pack_figures(out, summary, scoring);
+    scoring.pack_objects(out, records.result(), input.selected.rows.rows);
     return summary;
 }
 

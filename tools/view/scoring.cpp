@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "eval/figure_list.h"
 
@@ -62,25 +64,79 @@ void run_scorer::observe(const std::vector<track_row>& rows)
             tracks_.push_back(to_score(row.box));
 }
 
-void run_scorer::pack(package& out, int frames) const
+void run_scorer::score(int frames)
+{
+    const std::vector<score_row> truth = truth_ ? rows_of(*truth_) : std::vector<score_row>();
+    scored_ = truth_ && !scorer_.set_truth(truth.data(), truth.size(), score_rules::mot17, last_frame(truth, frames)) &&
+              !scorer_.score(tracks_.data(), tracks_.size(), result_);
+}
+
+void run_scorer::pack_figures(package& out) const
 {
     static constexpr std::string_view shown[] = {"HOTA", "DetA", "AssA",   "MOTA",   "IDF1", "IDSW",
                                                  "Frag", "MT",   "CLR_FP", "CLR_FN", "ML",   "IDs"};
-    scorer subject;
-    sequence_score score;
-    const std::vector<score_row> truth = truth_ ? rows_of(*truth_) : std::vector<score_row>();
-    const bool scored = truth_ &&
-                        !subject.set_truth(truth.data(), truth.size(), score_rules::mot17, last_frame(truth, frames)) &&
-                        !subject.score(tracks_.data(), tracks_.size(), score);
-    column changes;
-    if (scored)
-        for (const identity_switch& it : subject.switches())
-            for (const int value : {it.frame, it.object, it.from, it.to})
-                changes.put_signed(value);
-    out.data("changes", changes);
     for (const figure& it : figures())
-        if (scored && std::find(std::begin(shown), std::end(shown), it.name) != std::end(shown))
-            out.number(std::string("figure.") + it.name, it.value(score));
+        if (scored_ && std::find(std::begin(shown), std::end(shown), it.name) != std::end(shown))
+            out.number(std::string("figure.") + it.name, it.value(result_));
+}
+
+// --- what became of the objects --------------------------------------------------------------------------------------
+
+static double shared_length(double a, double a_length, double b, double b_length)
+{
+    return std::min(a + a_length, b + b_length) - std::max(a, b);
+}
+
+static double overlap_of(const mot_row& a, const mot_row& b)
+{
+    const double w = shared_length(a.left, a.width, b.left, b.width);
+    const double h = shared_length(a.top, a.height, b.top, b.height);
+    if (!(w > 0 && h > 0))
+        return 0;
+    return w * h / (static_cast<double>(a.width) * a.height + static_cast<double>(b.width) * b.height - w * h);
+}
+
+static std::uint64_t detection_of(const mot_row& object, const mot_row* first, const mot_row* last)
+{
+    double most = 0;
+    std::uint64_t place = 0;
+    for (const mot_row* row = first; row != last; ++row) {
+        const double overlap = overlap_of(object, *row);
+        if (overlap < 0.5 || overlap <= most)
+            continue;
+        most = overlap;
+        place = static_cast<std::uint64_t>(row - first) + 1;
+    }
+    return place;
+}
+
+void run_scorer::pack_objects(package& out, const recording& recorded, const std::vector<mot_row>& rows) const
+{
+    if (!scored_)
+        return;
+    std::map<std::pair<int, int>, int> tracks;
+    for (const object_match& it : scorer_.matches())
+        tracks[{it.frame, it.object}] = it.track;
+    column followed;
+    column detected;
+    const mot_row* first = rows.data();
+    const mot_row* const end = first + rows.size();
+    for (const mot_row& object : truth_->counted) {
+        while (first != end && first->frame < object.frame)
+            ++first;
+        const auto frame = static_cast<std::size_t>(object.frame) - 1;
+        const auto& counts = recorded.detections_of_frame;
+        detected.put(detection_of(object, first, first + (frame < counts.size() ? counts[frame] : 0)));
+        const auto track = tracks.find({object.frame, object.id});
+        followed.put(track == tracks.end() ? 0 : static_cast<std::uint64_t>(track->second));
+    }
+    out.data("truthTrack", followed);
+    out.data("truthDetection", detected);
+    column changes;
+    for (const identity_switch& it : scorer_.switches())
+        for (const int value : {it.frame, it.object, it.from, it.to, it.since})
+            changes.put_signed(value);
+    out.data("changes", changes);
 }
 
 }  // namespace zeltrack

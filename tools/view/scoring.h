@@ -8,6 +8,7 @@
 #include "eval/score.h"
 #include "track/track_row.h"
 #include "view/column.h"
+#include "view/recording.h"
 
 namespace zeltrack {
 
@@ -28,13 +29,23 @@ public:
     // The rows that are reported in a frame; frames must ascend.
     void observe(const std::vector<track_row>& rows);
 
-    // Adds the column "changes", a frame, an object and the tracks before and after for each identity switch, and, if
-    // there is ground truth, the most important figures as numbers "figure.HOTA" and so on. `frames` are those tracked.
-    void pack(package& out, int frames) const;
+    // After the last frame; `frames` are those tracked.
+    void score(int frames);
+
+    // The most important figures as numbers "figure.HOTA" and so on; nothing without ground truth.
+    void pack_figures(package& out) const;
+
+    // The column "changes", a frame, an object, the tracks before and after and the frames since for each identity
+    // switch; and by box of the ground truth "truthTrack", the track that follows it, and "truthDetection", the place in
+    // its frame of the detection that overlaps it most, by half or more. From 1; 0 is none.
+    void pack_objects(package& out, const recording& recorded, const std::vector<mot_row>& rows) const;
 
 private:
     const true_boxes* truth_;
     std::vector<score_row> tracks_;
+    scorer scorer_;
+    sequence_score result_;
+    bool scored_ = false;
 };
 
 }  // namespace zeltrack

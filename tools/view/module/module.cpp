@@ -83,6 +83,16 @@ std::size_t run()
     return result.size();
 }
 
+// The same for the figures alone.
+std::size_t figures()
+{
+    const track_options options = options_of(chosen);
+    package out;
+    pack_figures_only(out, {file, select_rows(file, options.min_conf), truth ? &*truth : nullptr}, options);
+    result = out.bytes();
+    return result.size();
+}
+
 const char* result_bytes()
 {
     return result.data();

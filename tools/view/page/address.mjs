@@ -32,28 +32,28 @@ function read() {
     change({frame, selection: selectionOf(wanted, frame)});
 }
 
-const isSame = (a, b) => JSON.stringify(a ?? null) === JSON.stringify(b ?? null);
-let written = null;  // the selection that the address names
+const sameSelection = (a, b) => JSON.stringify(a ?? null) === JSON.stringify(b ?? null);
+let addressed = null;  // the selection that the address names
 let writeTimer = 0;
 
 function write() {
     writeTimer = 0;
     if (words() === location.hash) return;
-    const isStep = !isSame(written, state.selection);
+    const isStep = !sameSelection(addressed, state.selection);
     history[isStep ? 'pushState' : 'replaceState'](null, '', words());
-    written = state.selection;
+    addressed = state.selection;
 }
 
 // Browsers refuse addresses that change more than a few times a second.
 export function bindAddress() {
     read();
-    written = state.selection;
+    addressed = state.selection;
     addEventListener('popstate', () => {
         read();
-        written = state.selection;
+        addressed = state.selection;
     });
     watch(['frame', 'selection', 'playing', 'run'], () => {
-        if (!isSame(written, state.selection)) return write();
+        if (!sameSelection(addressed, state.selection)) return write();
         if (!writeTimer && !state.playing) writeTimer = setTimeout(write, 200);
     });
 }

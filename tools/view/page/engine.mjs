@@ -33,12 +33,12 @@ export async function startEngine(bytes, file) {
     fill(memory, exports.input_rows(file.input.count, file.frames), file.input);
     if (file.truth) fill(memory, exports.truth_rows(file.truth.count), file.truth);
     if (file.others) fill(memory, exports.other_rows(file.others.count), file.others);
-    return parameters => {
+    return (parameters, what = 'run') => {
         const values = new Float64Array(memory.buffer, exports.parameter_values(), PARAMETERS.length);
         PARAMETERS.forEach((name, n) => {
             values[n] = parameters[name];
         });
-        const size = exports.run(), at = exports.result_bytes();
+        const size = exports[what](), at = exports.result_bytes();
         return new Uint8Array(memory.buffer, at, size).slice();
     };
 }

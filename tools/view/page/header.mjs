@@ -70,11 +70,11 @@ function drawHeader() {
         run.figures.has('HOTA') && figureFacts(run.figures));
 }
 
-export function bindHeader(columns) {
-    const file = columns.text('file'), name = file === '-' ? 'standard input' : file;
+export function bindHeader() {
+    const {file} = state.run, name = file.name === '-' ? 'standard input' : file.name;
     byId('name').textContent = name.split('/').slice(-2).join('/');
     byId('name').title = name;
     document.title = name + ' \u2014 zeltrack view';
-    byId('command').textContent = columns.text('command');
+    byId('command').textContent = file.command;
     watch(['run'], drawHeader);
 }

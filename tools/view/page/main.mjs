@@ -10,12 +10,14 @@ import {bindPlayer} from './player.mjs';
 import {bindPointer} from './pointer.mjs';
 import {byId, element} from './dom.mjs';
 import {change, redraw, state, watch} from './state.mjs';
-import {createEvents} from './events.mjs';
 import {createRun} from './run.mjs';
 import {darkScheme, readTheme} from './draw.mjs';
 import {drawScene} from './scene.mjs';
 import {fit, measure, resized} from './camera.mjs';
 import {fromBase64, openPackage} from './package.mjs';
+import {bindTabs} from './tabs.mjs';
+import {bindTune} from './tune.mjs';
+import {settingOf, showRun, startTuner} from './tuner.mjs';
 import {moveAxis} from './axis.mjs';
 
 const layers = [
@@ -41,21 +43,22 @@ function bindLayers() {
     });
 }
 
-let runs = 0;
-export function showRun(run) { change({run, events: {...createEvents(run), number: ++runs}}); }
-
 function start() {
-    const columns = openPackage(fromBase64(byId('data').textContent)), run = createRun(columns);
+    const run = createRun(openPackage(fromBase64(byId('data').textContent)));
     readTheme();
-    Object.assign(state, {run, events: Object.assign(createEvents(run), {number: 0})});
+    state.run = run;
+    showRun(run, settingOf(run));
     measure(run);
     moveAxis(0.5, run.frames);
     bindLayers();
-    bindHeader(columns);
+    bindHeader();
     bindPlayer();
     bindPointer();
     bindLanes();
     bindPanel();
+    startTuner(run);
+    bindTune();
+    bindTabs();
     bindKeys();
     watch(['run', 'frame', 'selection', 'hover', 'show', 'trail', 'camera', 'size', 'before'], () => drawScene());
     new ResizeObserver(resized).observe(byId('field'));

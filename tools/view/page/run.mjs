@@ -238,26 +238,50 @@ export function readTruth(columns) {
     return {...list, objects: [...byId].sort((a, b) => a[0] - b[0]).map(([id, boxes]) => ({id, boxes}))};
 }
 
+// The switches of CLEAR. `cause` is the first frame in which the object had no longer the track before.
 function readChanges(source) {
     const list = [];
-    while (source.more())
-        list.push({frame: source.signed(), object: source.signed(), before: source.signed(), after: source.signed()});
+    while (source.more()) {
+        const [frame, object, before, after, since] = Array.from({length: 5}, source.signed);
+        list.push({frame, object, before, after, cause: frame - since + 1});
+    }
     return list;
 }
 
+// By box of the ground truth: the identifier of the track that follows it, and the detection that shows it.
+function readMatches(run, columns) {
+    const {truth} = run, places = columns.reader('truthDetection'), tracks = columns.reader('truthTrack');
+    run.followedBy = integers(truth.count);
+    run.shownBy = integers(truth.count).fill(-1);
+    for (let i = 0, b = 0; i < truth.count && tracks.more(); i++) {
+        while (run.busy[b] < truth.frame[i]) b++;
+        run.followedBy[i] = tracks.unsigned();
+        const place = places.unsigned();
+        if (place) run.shownBy[i] = run.detectionStart[b] + place - 1;
+    }
+}
+
+const rangeOf = values =>
+    values.reduce(([low, high], value) => [Math.min(low, value), Math.max(high, value)], [Infinity, -Infinity]);
+
 // The file itself, which all runs share.
 export function readFile(columns) {
+    const input = readBoxes(columns, 'input');
     return {
-        input: readBoxes(columns, 'input'),
+        name: columns.text('file'),
+        command: columns.text('command'),
+        input,
+        scoreRange: rangeOf(input.score),
         truth: readTruth(columns),
         others: columns.has('othersCount') ? readBoxes(columns, 'others') : null,
         frames: columns.number('frames'),
+        classColumn: columns.number('classColumn'),
         classBase: columns.number('classBase'),
         frameBase: columns.number('frameBase')
     };
 }
 
-const PARAMETERS =
+const NUMBERS =
     ['scale', 'chosen', 'gate', 'euc', 'iou', 'stable', 'removal', 'minConf', 'capacity', 'maxObjects', 'ignoreClass'];
 
 function findNearest(run) {
@@ -269,9 +293,14 @@ function findNearest(run) {
 }
 
 export function createRun(columns, file = readFile(columns)) {
-    const run =
-        {...file, digits: columns.number('digits'), weak: columns.number('weak'), unread: columns.number('unread')};
-    run.parameters = Object.fromEntries(PARAMETERS.map(name => [name, columns.number(name)]));
+    const run = {
+        ...file,
+        file,
+        digits: columns.number('digits'),
+        weak: columns.number('weak'),
+        unread: columns.number('unread')
+    };
+    run.parameters = Object.fromEntries(NUMBERS.map(name => [name, columns.number(name)]));
     run.gate = run.parameters.gate / run.parameters.scale;  // in pixels, like all lengths
     run.near = Math.sqrt(run.parameters.euc) / run.parameters.scale;
     run.hasClasses = file.input.cls.some(cls => cls !== file.input.cls[0]);
@@ -284,9 +313,11 @@ export function createRun(columns, file = readFile(columns)) {
     run.live = listLive(run.busy, run.lives);
     findNearest(run);
     run.rows = readRows(columns.reader('rows'), run);
+    run.medianSize = columns.number('medianSize');
     run.figures = new Map(
         columns.names().filter(name => name.startsWith('figure.')).map(name => [name.slice(7), columns.number(name)]));
     run.changes = readChanges(columns.reader('changes'));
+    if (run.truth) readMatches(run, columns);
     return run;
 }
 

@@ -15,6 +15,9 @@ export const state = {
     show: {},        // layers of the scene, by name
     trail: 15,       // frames
     tab: 'inspect',  // of the panel
+    setting: null,   // parameters of the run
+    undo: 0,         // settings to go back to
+    tuning: '',      // busy, or why it failed
     size: 0,         // counts what changes sizes or colours
 };
 

@@ -16,7 +16,7 @@ onmessage = async ({data}) => {
     if (!data.parameters) return;
     try {
         engine ??= await startEngine(await inflate(given.module), given.file);
-        const bytes = engine(data.parameters);
+        const bytes = engine(data.parameters, data.what);
         postMessage({number: data.number, bytes}, [bytes.buffer]);
     } catch (error) {
         engine = null;  // its memory cannot be trusted any more
