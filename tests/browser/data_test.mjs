@@ -8,11 +8,13 @@ import {join} from 'node:path';
 import {test} from 'node:test';
 import {gunzipSync} from 'node:zlib';
 
+import {differences, tracksOf} from '../../tools/view/page/compare.mjs';
 import {startEngine} from '../../tools/view/page/engine.mjs';
 import {createEvents, nextEvent} from '../../tools/view/page/events.mjs';
 import {apart, exact, lowerBound} from '../../tools/view/page/numbers.mjs';
 import {fromBase64, openPackage} from '../../tools/view/page/package.mjs';
-import {createRun, liveAt, matches, readFile, rowAt} from '../../tools/view/page/run.mjs';
+import {causeOf, objectFigures} from '../../tools/view/page/objects.mjs';
+import {createRun, liveAt, matches, readFile, readOther, rowAt} from '../../tools/view/page/run.mjs';
 import {missWords, reason, stateWords} from '../../tools/view/page/words.mjs';
 
 const directory = process.env.DIRECTORY;
@@ -123,7 +125,36 @@ test('figures and identity changes are those of the command eval', () => {
         }
         assert.equal(run.changes.length, all.IDSW);
         assert.equal(run.truth.count, all.GT_Dets);
+        const objects = run.truth.objects.map(it => objectFigures(run, it)),
+              sum = name => objects.reduce((n, it) => n + it[name], 0);
+        assert.equal(sum('followed'), all.CLR_TP);
+        assert.equal(sum('frames') - sum('followed'), all.CLR_FN);
+        assert.equal(sum('changes'), all.IDSW);
+        const words = run.changes.map(it => causeOf(run, it)),
+              told = words.filter(({text}) => !/undefined|NaN/.test(text) && text.length > 20);
+        assert.equal(told.length, all.IDSW);
+        for (const [n, {frame}] of words.entries()) assert.ok(frame <= run.changes[n].frame);
     }
+});
+
+test('sets of tracks differ where boxes or their joins do, not where identifiers do', () => {
+    zeltrack('synth', '--objects=30', '--frames=120', '--size=700x500', '--seed=4', '-o', 'both.txt');
+    zeltrack('track', '-q', 'both.txt', '-o', 'same.txt');
+    const renamed = readFileSync(join(directory, 'same.txt'), 'utf8')
+                        .replace(/^(\d+),(\d+)/gm, (_, frame, id) => `${frame},${Number(id) + 7}`);
+    writeFileSync(join(directory, 'renamed.txt'), renamed);
+    const compare = (...options) => {
+        const {columns} = parts('both.txt', '--compare', 'renamed.txt', ...options), run = createRun(columns);
+        return {other: readOther(columns), now: tracksOf(run, 'now'), run};
+    };
+    const same = compare(), late = compare('--stable=5'), tight = compare('--iou=0.8');
+    assert.deepEqual(differences(same.other, same.now), []);
+    assert.equal(same.other.figures.get('rows'), same.run.figures.get('rows'));
+    assert.ok(differences(late.other, late.now).every(({onlyA, onlyB}) => onlyA.length && !onlyB.length));
+    // by detections of the file as by overlap
+    const frames = (a, b) => differences(a, b).map(it => it.frame);
+    assert.deepEqual(frames(same.now, tight.now), frames(tight.other, tight.now));
+    assert.ok(frames(same.now, tight.now).length > 20);
 });
 
 // Every column of the module's package, and with them rows, reasons and figures, is that of the command.

@@ -73,13 +73,18 @@ void pack_input(package& out, const sequence& file, const track_options& options
     pack_boxes(out, "input", file.rows);
 }
 
-void pack_truth(package& out, const true_boxes& truth)
+void pack_tracks(package& out, const std::string& name, const std::vector<mot_row>& rows)
 {
     column ids;
-    for (const mot_row& row : truth.counted)
+    for (const mot_row& row : rows)
         ids.put_signed(row.id);
-    pack_boxes(out, "truth", truth.counted);
-    out.data("truthId", ids);
+    pack_boxes(out, name, rows);
+    out.data(name + "Id", ids);
+}
+
+void pack_truth(package& out, const true_boxes& truth)
+{
+    pack_tracks(out, "truth", truth.counted);
     if (!truth.others.empty())
         pack_boxes(out, "others", truth.others);
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "track/options.h"
@@ -25,6 +26,9 @@ selected_rows select_rows(const sequence& file, float min_conf);
 
 // All boxes of the file, weak ones too, exactly: who changes the least confidence needs them again.
 void pack_input(package& out, const sequence& file, const track_options& options);
+
+// Boxes of a file, exactly, under names that begin with the given one; with identifiers.
+void pack_tracks(package& out, const std::string& name, const std::vector<mot_row>& rows);
 
 // Boxes that count as "truth...", with identifiers; "others..." if there are any.
 void pack_truth(package& out, const true_boxes& truth);

@@ -49,21 +49,34 @@ static true_boxes load_truth(const std::string& path, int frame_base)
     return truth;
 }
 
+// By frame; the rows that eval would read.
+static std::vector<mot_row> load_tracks(const std::string& path, int frame_base)
+{
+    std::vector<mot_row> tracks;
+    for (const score_row& row : load_track_rows(path, frame_base).rows)
+        tracks.push_back(to_mot(row));
+    std::stable_sort(tracks.begin(), tracks.end(),
+                     [](const mot_row& a, const mot_row& b) { return a.frame < b.frame; });
+    return tracks;
+}
+
 static void run(command_line& line)
 {
     view_options options;
     std::string output;
     std::string truth;
+    std::string compared;
     bool no_sync = false;
     declare_options(line, options.track);
     line.text("--gt", "FILE", truth, "ground truth with identifiers, to be shown beside the tracks");
+    line.text("--compare", "FILE", compared, "tracks of any tracker, to be shown beside these");
     line.text("-o,--output", "PAGE", output, "where to write the page; - is standard output").required();
     line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
         return;
 
     options.command = line.typed();
-    refuse_shared_files({options.track.detections, truth}, {output});
+    refuse_shared_files({options.track.detections, truth, compared}, {output});
     if (truth == "-" && options.track.detections == "-")
         throw failure("--gt: expected a file other than that of the detections", exit_usage);
     track_options all = options.track;  // weak rows go into the page, but not to the tracker
@@ -72,6 +85,10 @@ static void run(command_line& line)
     const selected_rows selected = select_rows(file, options.track.min_conf);
     if (!truth.empty())
         options.truth = load_truth(truth, options.track.layout.frame_base);
+    if (!compared.empty()) {
+        options.compared = load_tracks(compared, options.track.layout.frame_base);
+        options.compared_name = compared;
+    }
     output_file page(output, !no_sync);
     const track_summary summary = view_sequence(file, selected, options, page.buffer());
     page.commit();

@@ -3,6 +3,7 @@
 // The page: its template with the data in place.
 #include <cstddef>
 #include <initializer_list>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -30,6 +31,28 @@ static void append_page(std::string& page, std::initializer_list<std::pair<std::
     page.append(rest);
 }
 
+static void pack_compared(package& data, const view_options& options, int frames)
+{
+    if (options.compared_name.empty())
+        return;
+    data.text("compareName", options.compared_name);
+    pack_tracks(data, "compare", options.compared);
+    run_scorer scoring(options.truth ? &*options.truth : nullptr);
+    std::vector<track_row> rows;
+    std::set<int> ids;
+    for (const mot_row& row : options.compared) {
+        rows.push_back({row, -1});
+        ids.insert(row.id);
+    }
+    scoring.observe(rows);
+    scoring.score(frames);
+    data.number("compareFigure.tracks", static_cast<double>(ids.size()));
+    data.number("compareFigure.rows", static_cast<double>(rows.size()));
+    scoring.pack_figures(data, "compareFigure.");
+    if (options.truth)
+        scoring.pack_followers(data, "compareTruthTrack");
+}
+
 track_summary view_sequence(const sequence& file, const selected_rows& selected, const view_options& options,
                             std::string& page)
 {
@@ -39,6 +62,7 @@ track_summary view_sequence(const sequence& file, const selected_rows& selected,
     pack_input(data, file, options.track);
     if (options.truth)
         pack_truth(data, *options.truth);
+    pack_compared(data, options, file.frames);
     progress bar(!options.track.quiet, "frame", file.frames);
     const track_summary summary = pack_tracked(data, {file, selected, options.truth ? &*options.truth : nullptr},
                                                options.track, [&bar](int frame) { bar.update(frame); });

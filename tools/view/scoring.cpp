@@ -71,13 +71,13 @@ void run_scorer::score(int frames)
               !scorer_.score(tracks_.data(), tracks_.size(), result_);
 }
 
-void run_scorer::pack_figures(package& out) const
+void run_scorer::pack_figures(package& out, const std::string& prefix) const
 {
     static constexpr std::string_view shown[] = {"HOTA", "DetA", "AssA",   "MOTA",   "IDF1", "IDSW",
                                                  "Frag", "MT",   "CLR_FP", "CLR_FN", "ML",   "IDs"};
     for (const figure& it : figures())
         if (scored_ && std::find(std::begin(shown), std::end(shown), it.name) != std::end(shown))
-            out.number(std::string("figure.") + it.name, it.value(result_));
+            out.number(prefix + it.name, it.value(result_));
 }
 
 // --- what became of the objects --------------------------------------------------------------------------------------
@@ -110,14 +110,23 @@ static std::uint64_t detection_of(const mot_row& object, const mot_row* first, c
     return place;
 }
 
-void run_scorer::pack_objects(package& out, const recording& recorded, const std::vector<mot_row>& rows) const
+void run_scorer::pack_followers(package& out, const std::string& name) const
 {
-    if (!scored_)
-        return;
     std::map<std::pair<int, int>, int> tracks;
     for (const object_match& it : scorer_.matches())
         tracks[{it.frame, it.object}] = it.track;
     column followed;
+    for (const mot_row& object : truth_->counted) {
+        const auto track = tracks.find({object.frame, object.id});
+        followed.put(track == tracks.end() ? 0 : static_cast<std::uint64_t>(track->second));
+    }
+    out.data(name, followed);
+}
+
+void run_scorer::pack_objects(package& out, const recording& recorded, const std::vector<mot_row>& rows) const
+{
+    if (!scored_)
+        return;
     column detected;
     const mot_row* first = rows.data();
     const mot_row* const end = first + rows.size();
@@ -127,11 +136,9 @@ void run_scorer::pack_objects(package& out, const recording& recorded, const std
         const auto frame = static_cast<std::size_t>(object.frame) - 1;
         const auto& counts = recorded.detections_of_frame;
         detected.put(detection_of(object, first, first + (frame < counts.size() ? counts[frame] : 0)));
-        const auto track = tracks.find({object.frame, object.id});
-        followed.put(track == tracks.end() ? 0 : static_cast<std::uint64_t>(track->second));
     }
-    out.data("truthTrack", followed);
     out.data("truthDetection", detected);
+    pack_followers(out, "truthTrack");
     column changes;
     for (const identity_switch& it : scorer_.switches())
         for (const int value : {it.frame, it.object, it.from, it.to, it.since})

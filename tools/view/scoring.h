@@ -33,7 +33,10 @@ public:
     void score(int frames);
 
     // The most important figures as numbers "figure.HOTA" and so on; nothing without ground truth.
-    void pack_figures(package& out) const;
+    void pack_figures(package& out, const std::string& prefix = "figure.") const;
+
+    // By box of the ground truth, the track that follows it; 0: none.
+    void pack_followers(package& out, const std::string& name) const;
 
     // The column "changes", a frame, an object, the tracks before and after and the frames since for each identity
     // switch; and by box of the ground truth "truthTrack", the track that follows it, and "truthDetection", the place in

@@ -20,7 +20,9 @@ extern const subcommand view_command;
 struct view_options {
     track_options track;
     std::optional<true_boxes> truth;
-    std::string command;  // that makes the page again
+    std::vector<mot_row> compared;  // tracks of another tracker, by frame
+    std::string compared_name;      // empty: there are none
+    std::string command;            // that makes the page again
 };
 
 // Tracks the selected rows and appends the page that tells all about it. The page holds the others as well.

@@ -22,8 +22,8 @@ export function readTheme() {
     theme.outcomes = OUTCOME_COLOURS.map(name => theme[name]);
     theme.tracks = palettes[darkScheme.matches ? 'dark' : 'light'];
 }
-export const lifeColour = (run, k) =>
-    run.lives.id[k] < 0 ? theme.dim : theme.tracks[run.lives.id[k] % theme.tracks.length];
+export const trackColour = id => theme.tracks[id % theme.tracks.length];
+export const lifeColour = (run, k) => run.lives.id[k] < 0 ? theme.dim : trackColour(run.lives.id[k]);
 
 export const font = (size, weight = '') => `${weight} ${size}px system-ui, sans-serif`;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The lives of the tracks below each other, over time. Where a pixel holds several frames, it shows their mean.
-import {byId, onClicks, span, svgSign} from './dom.mjs';
+import {byId, onClicks, refresh, span, svgSign} from './dom.mjs';
 import {GUTTER, LINE, MARGIN, axis, moveAxis, onAxis, timeAt, timeX, zoomTime} from './axis.mjs';
 import {change, redraw, select, selectedLife, state, watch} from './state.mjs';
 import {endWords} from './words.mjs';
@@ -10,6 +10,7 @@ import {lastFrame, range, rowAt, LOST} from './run.mjs';
 
 let lanes = [];             // what is listed: {life} or {object}
 let places = new Map();     // of lives in that list
+let births = [];            // lives and their places, in the order of birth
 let changesOf = new Map();  // frames of identity changes, by the identifier after them
 
 export const laneKinds = {
@@ -26,9 +27,11 @@ export const laneNames = {
 export function listLanes() {
     lanes = laneKinds[byId('lane-kind').value](state.run);
     places = new Map(lanes.map(({life}, n) => [life, n]));
+    births = lanes.map((lane, n) => [lane.life, n]).filter(([life]) => life !== undefined);
     changesOf = new Map();
     for (const {after, frame} of state.run.changes) changesOf.set(after, [...changesOf.get(after) ?? [], frame]);
     byId('spacer').style.height = lanes.length * LINE + 6 + 'px';
+    drawKey();
     follow();
     redraw('lanes');
 }
@@ -36,7 +39,7 @@ export function listLanes() {
 // --- drawing ---
 
 const hatches = new Map();
-function hatch(g, stroke) {
+export function hatch(g, stroke) {
     if (hatches.has(stroke)) return hatches.get(stroke);
     const tile = document.createElement('canvas');
     tile.width = tile.height = 5;
@@ -94,7 +97,7 @@ function drawLife(g, k, y, w) {
 
 const isSelected = lane =>
     lane.life === selectedLife() || (lane.object !== undefined && lane.object === state.selection?.object);
-const kindOf = lane => lane.life === undefined ? 'object' : 'life';
+const kindOf = lane => Object.keys(lanePainters).find(kind => lane[kind] !== undefined);
 
 function drawLanes() {
     const box = byId('rows'), w = box.clientWidth, h = box.clientHeight, g = surface(byId('lives'), w, h),
@@ -133,15 +136,15 @@ function drawNow() {
 function laneOf(k) {
     if (places.has(k)) return places.get(k);
     const {birth} = state.run.lives;
-    let from = 0, to = lanes.length;
+    let from = 0, to = births.length;
     while (from < to) {
         const middle = (from + to) >> 1;
-        if (birth[lanes[middle].life] <= state.frame)
+        if (birth[births[middle][0]] <= state.frame)
             from = middle + 1;
         else
             to = middle;
     }
-    return from - 1;
+    return from ? births[from - 1][1] : 0;
 }
 
 function show(n) {
@@ -155,11 +158,11 @@ function follow() {
     const {run, frame, selection} = state, box = byId('rows'), top = Math.floor(box.scrollTop / LINE);
     if (selection?.object !== undefined)
         return show(Math.max(lanes.findIndex(lane => lane.object === selection.object), 0));
-    if (!lanes.length || lanes[0].life === undefined) return;
+    if (!births.length) return;
     const lives = k => k >= 0 && rowAt(run, k, frame) >= 0, mine = selectedLife();
     if (mine >= 0 && (lives(mine) || state.selection?.life === mine))
         show(laneOf(mine));
-    else if (!lanes.slice(top, top + box.clientHeight / LINE).some(lane => lives(lane.life)))
+    else if (!lanes.slice(top, top + box.clientHeight / LINE).some(lane => lane.life !== undefined && lives(lane.life)))
         show(laneOf(-1));
 }
 
@@ -178,10 +181,25 @@ function chooseLane(event) {
     box.scrollTop = scrollTop;
 }
 
+const laneSelection = ({life, object}) => life !== undefined ? {life} : object !== undefined ? {object} : null;
+
 function stepLane(by) {
     const n = lanes.findIndex(isSelected),
           next = lanes[n < 0 ? (by > 0 ? 0 : lanes.length - 1) : (n + by + lanes.length) % lanes.length];
-    if (next) select(next.life === undefined ? {object: next.object} : {life: next.life});
+    if (next) select(laneSelection(next));
+}
+
+// What the marks of the lanes mean.
+function drawKey() {
+    const example = end => span(svgSign(endings[end], 'dim', end > 0), endWords[end]);
+    const marks = byId('lane-kind').value === 'objects' ?
+        ['in the colour of the track that follows', 'hatched: detected, not followed', 'thin: not detected'].map(
+            text => span(text)) :
+        [
+            span('hatched: tentative'), span('thin: missed'), ...[1, 2, 0].map(example),
+            state.run.truth && span(svgSign(signs[LOST], 'ink'), 'identity change')
+        ];
+    refresh(byId('life-key'), ...marks);
 }
 
 export function bindLanes() {
@@ -204,12 +222,6 @@ export function bindLanes() {
     };
     byId('lane-kind').onchange = listLanes;
     onClicks({'time-in': () => zoomTime(2), 'time-out': () => zoomTime(0.5)});
-    const example = end => svgSign(endings[end], 'dim', end > 0);
-    byId('life-key')
-        .append(
-            span('hatched: tentative'), span('thin: missed'),
-            ...[1, 2, 0].map(end => span(example(end), endWords[end])));
-    if (state.run.truth) byId('life-key').append(span(svgSign(signs[LOST], 'ink'), 'identity change'));
     onAxis(() => redraw('lanes'));
     watch(['run'], listLanes);
     watch(['frame', 'selection'], follow);

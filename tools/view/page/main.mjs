@@ -5,16 +5,18 @@ import {bindAddress} from './address.mjs';
 import {bindHeader} from './header.mjs';
 import {bindKeys} from './keys.mjs';
 import {bindLanes} from './lanes.mjs';
+import {bindObjects} from './objects.mjs';
 import {bindPanel} from './panel.mjs';
 import {bindPlayer} from './player.mjs';
 import {bindPointer} from './pointer.mjs';
 import {byId, element} from './dom.mjs';
 import {change, redraw, state, watch} from './state.mjs';
-import {createRun} from './run.mjs';
+import {createRun, readOther} from './run.mjs';
 import {darkScheme, readTheme} from './draw.mjs';
 import {drawScene} from './scene.mjs';
 import {fit, measure, resized} from './camera.mjs';
 import {fromBase64, openPackage} from './package.mjs';
+import {bindCompare} from './compareview.mjs';
 import {bindTabs} from './tabs.mjs';
 import {bindTune} from './tune.mjs';
 import {settingOf, showRun, startTuner} from './tuner.mjs';
@@ -23,7 +25,8 @@ import {moveAxis} from './axis.mjs';
 const layers = [
     ['detections', 'Detections', true],
     ['tracks', 'Tracks', true, 'solid: confirmed, dashed: tentative, dotted: missed'], ['gates', 'Gates', true],
-    ['labels', 'Identifiers', true], ['scores', 'Scores', false], ['truth', 'Truth', true]
+    ['labels', 'Identifiers', true], ['scores', 'Scores', false], ['truth', 'Truth', true],
+    ['before', 'A', true, 'the tracks that these are compared with']
 ];
 
 function bindLayers() {
@@ -34,7 +37,9 @@ function bindLayers() {
             checked,
             oninput: () => change({show: {...state.show, [name]: box.checked}})
         });
-        byId('trail-label').before(element('label', {title, hidden: name === 'truth' && !state.run.truth}, box, text));
+        byId('trail-label')
+            .before(element(
+                'label', {title, hidden: (name === 'truth' && !state.run.truth) || name === 'before'}, box, text));
         state.show[name] = checked && (name !== 'truth' || state.run.truth !== null);
     }
     byId('trail').oninput = () => change({trail: byId('trail').valueAsNumber});
@@ -44,7 +49,7 @@ function bindLayers() {
 }
 
 function start() {
-    const run = createRun(openPackage(fromBase64(byId('data').textContent)));
+    const columns = openPackage(fromBase64(byId('data').textContent)), run = createRun(columns);
     readTheme();
     state.run = run;
     showRun(run, settingOf(run));
@@ -54,10 +59,12 @@ function start() {
     bindHeader();
     bindPlayer();
     bindPointer();
+    bindObjects();
     bindLanes();
     bindPanel();
     startTuner(run);
     bindTune();
+    bindCompare(readOther(columns));
     bindTabs();
     bindKeys();
     watch(['run', 'frame', 'selection', 'hover', 'show', 'trail', 'camera', 'size', 'before'], () => drawScene());
@@ -67,6 +74,7 @@ function start() {
         readTheme();
         redraw('size');
     });
+    byId('lane-objects').hidden = !run.truth;
     bindAddress();
     fit();
     redraw(...Object.keys(state));

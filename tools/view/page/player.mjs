@@ -83,7 +83,7 @@ function drawTransport() {
 const selectionFor = {
     life: life => ({life}),
     detection: detection => ({detection}),
-    change: n => ({life: state.run.lives.byId.get(state.run.changes[n].after)})
+    change: n => ({object: state.run.changes[n].object})
 };
 
 let current = {kind: '', item: -1};

@@ -321,6 +321,23 @@ export function createRun(columns, file = readFile(columns)) {
     return run;
 }
 
+// Tracks of another tracker, if the page was given any, as tracksOf() gives those of a run.
+export function readOther(columns) {
+    if (!columns.has('compareCount')) return null;
+    const list = readBoxes(columns, 'compare'), ids = columns.reader('compareId'),
+          followed = columns.reader('compareTruthTrack');
+    const figures = columns.names().filter(name => name.startsWith('compareFigure.'));
+    return {
+        ...list,
+        name: columns.text('compareName'),
+        row: null,
+        id: Int32Array.from({length: list.count}, ids.signed),
+        figures: new Map(figures.map(name => [name.slice(14), columns.number(name)])),
+        followedBy:
+            Int32Array.from({length: columns.number('truthCount')}, () => followed.more() ? followed.unsigned() : 0)
+    };
+}
+
 // --- what there is in a frame ---
 
 const among = (run, start, frame) => {

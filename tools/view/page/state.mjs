@@ -7,7 +7,8 @@ import {detectionsAt, liveAt} from './run.mjs';
 export const state = {
     run: null,     // the run that is shown
     events: null,  // its events
-    before: null,  // the run that it is compared with
+    before: null,  // the tracks that it is compared with
+    other: null,   // those that the page was given for that
     frame: 1,
     selection: null,  // {life}, {detection} or {object}
     hover: null,      // the same, under the pointer

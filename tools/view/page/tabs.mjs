@@ -4,7 +4,7 @@
 import {byId, element} from './dom.mjs';
 import {change, state, watch} from './state.mjs';
 
-const tabs = () => [['inspect', 'Inspect'], ['tune', 'Tune']];
+const tabs = () => [['inspect', 'Inspect'], ['tune', 'Tune'], ['compare', 'Compare']];
 
 function drawTabs() {
     for (const [name] of tabs()) {
@@ -36,6 +36,6 @@ export function bindTabs() {
     watch(['tab'], drawTabs);
     // What is selected is told under its tab.
     watch(['selection'], () => {
-        if (state.selection && state.tab !== 'inspect' && state.tab !== 'tune') change({tab: 'inspect'});
+        if (state.selection && !['inspect', 'tune', 'compare'].includes(state.tab)) change({tab: 'inspect'});
     });
 }

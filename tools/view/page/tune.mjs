@@ -8,6 +8,8 @@ import {canTune, reset, set, undo, writtenRun} from './tuner.mjs';
 import {clamp, exact, fixed, short, whole} from './numbers.mjs';
 import {commandLine, configFile} from './command.mjs';
 import {save} from './save.mjs';
+import {figureTable, figureText, titleOf} from './figures.mjs';
+import {pin} from './compareview.mjs';
 import {state, watch} from './state.mjs';
 import {drawSweep, sweep, sweepOf} from './sweep.mjs';
 
@@ -171,46 +173,17 @@ function drawConfidences() {
                    }), 0, 0, w, HISTOGRAM_HEIGHT);
 }
 
-// --- figures ---
-
-// Of the ground truth where there is one: name, how it is called there, and which direction is better.
-export const FIGURES = [
-    ['HOTA', 'HOTA', 1], ['DetA', 'DetA', 1], ['AssA', 'AssA', 1], ['MOTA', 'MOTA', 1], ['IDF1', 'IDF1', 1],
-    ['IDSW', 'identity switches', -1], ['Frag', 'fragmentations', -1], ['CLR_FP', 'false', -1],
-    ['CLR_FN', 'missed', -1], ['tracks', 'identifiers', 0], ['rows', 'rows', 0]
-];
-const isShare = name => /^(HOTA|DetA|AssA|MOTA|IDF1)$/.test(name);
-export const figureText = (name, value) => isShare(name) ? fixed(100 * value, 2) : whole(value);
-
-function figureTable() {
-    const before = writtenRun().figures, now = state.run.figures;
-    const cell = (name, value, better) =>
-        element('td', {className: better ? 'better' : ''}, figureText(name, value) + (better ? ' \u25b2' : ''));
-    const rows = FIGURES.filter(([name]) => now.has(name)).map(([name, title, better]) => {
-        const difference = better * Math.sign(Number((now.get(name) - before.get(name)).toFixed(6)));
-        return element(
-            'tr', {}, element('th', {scope: 'row'}, title), cell(name, before.get(name), difference < 0),
-            cell(name, now.get(name), difference > 0));
-    });
-    return element(
-        'table', {className: 'figures'},
-        element(
-            'thead', {},
-            element('tr', {}, ...['', 'as written', 'now'].map(text => element('th', {scope: 'col'}, text)))),
-        element('tbody', {}, ...rows));
-}
-
 // What matters most, for the upper edge of the panel.
 function summaryText() {
     const before = writtenRun().figures, now = state.run.figures, name = now.has('HOTA') ? 'HOTA' : 'tracks';
-    const change = now.get(name) - before.get(name), title = FIGURES.find(it => it[0] === name)[1];
+    const change = now.get(name) - before.get(name), title = titleOf(name);
     const from = Math.abs(change) < 5e-6 ? '' : figureText(name, before.get(name)) + ' \u2192 ';
     return state.tuning || `${title} ${from}${figureText(name, now.get(name))}`;
 }
 
 function drawFigures() {
     if (byId('tune').hidden) return;
-    refresh(byId('figures'), figureTable());
+    refresh(byId('figures'), figureTable(writtenRun().figures, state.run.figures, 'as written'));
     byId('tune-summary').textContent = summaryText();
     byId('setting').textContent = commandLine();
     byId('tune-undo').disabled = !state.undo;
@@ -243,8 +216,8 @@ export function bindTune() {
                     }),
                     ' match across classes'),
             element(
-                'div', {className: 'buttons'}, button('tune-undo', 'Undo', undo),
-                button('tune-reset', 'Reset', reset))),
+                'div', {className: 'buttons'}, button('tune-undo', 'Undo', undo), button('tune-reset', 'Reset', reset),
+                button('pin', 'Keep as A', pin))),
         element('section', {}, element('h2', {}, 'Figures'), element('div', {id: 'figures'})),
         element(
             'section', {}, element('h2', {}, 'Command'), element('code', {id: 'setting'}),
