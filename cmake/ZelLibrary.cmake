@@ -62,7 +62,8 @@ function(zel_library_objects target)
   # Float contraction stays at the compiler's default. Calls between exported functions stay inside the library. Sections
   # of their own let a static host drop what it does not use. NaNs and infinities are input like any other, whatever
   # -ffast-math among the flags of a parent project says.
-  target_compile_options(${target}_objects PRIVATE $<${optimised}:-O3>
+  # Single precision that becomes double unseen costs time on the target; elsewhere double is what is wanted.
+  target_compile_options(${target}_objects PRIVATE $<${optimised}:-O3> -Wdouble-promotion
     -fno-fast-math -fno-unsafe-math-optimizations -fno-finite-math-only -fno-math-errno
     -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-semantic-interposition -ffunction-sections -fdata-sections)
   target_link_libraries(${target}_objects PRIVATE $<BUILD_INTERFACE:zel_options>)

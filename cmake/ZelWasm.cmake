@@ -1,5 +1,5 @@
-# WebAssembly by Debian's packages clang, lld, wasi-libc, libc++-14-dev-wasm32 and libclang-rt-14-dev-wasm32, or others
-# in the same places. Nothing is downloaded.
+# WebAssembly by Debian's packages clang, lld, wasi-libc, libc++-dev-wasm32 and libclang-rt-dev-wasm32, or others in the
+# same places. Nothing is downloaded.
 find_program(ZEL_WASM_CXX NAMES clang++ clang++-14)
 find_program(ZEL_WASM_LD NAMES wasm-ld wasm-ld-14)
 find_path(ZEL_WASM_LIBC stdlib.h PATHS /usr/include/wasm32-wasi NO_DEFAULT_PATH)

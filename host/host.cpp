@@ -176,7 +176,7 @@ static int choose_candidates(zel_host_t* host, const zel_host_detection_t* detec
 static int cut(zel_host_t* host, const zel_host_detection_t* detections, int candidates)
 {
     const int capacity = capacity_of(host);
-    memcpy(host->kept, host->candidates, static_cast<size_t>(std::min(candidates, capacity)) * sizeof(int));
+    memcpy(host->kept, host->candidates, static_cast<size_t>(std::clamp(candidates, 0, capacity)) * sizeof(int));
     if (candidates <= capacity)
         return candidates;
     const auto stronger = [detections](int a, int b) {

@@ -611,8 +611,8 @@ int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst)
 
 // --- 3 x 3 -----------------------------------------------------------------------------------------------------------
 
-static constexpr size_t matrix_bytes = sizeof(float[3][3]);
-static constexpr size_t vector_bytes = sizeof(float[3]);
+[[maybe_unused]] static constexpr size_t matrix_bytes = sizeof(float[3][3]);
+[[maybe_unused]] static constexpr size_t vector_bytes = sizeof(float[3]);
 
 // In double, rounded once.
 static inline float dot3(float a0, float b0, float a1, float b1, float a2, float b2)

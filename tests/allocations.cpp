@@ -5,9 +5,9 @@
 
 namespace allocations {
 
-int live = 0;
-std::size_t requested = 0;
-int granted = unlimited;
+volatile int live = 0;
+volatile std::size_t requested = 0;
+volatile int granted = unlimited;
 
 static bool grant(std::size_t bytes)
 {

@@ -6,11 +6,12 @@
 
 #include <cstddef>
 
+// Volatile, since link-time optimisation takes it that malloc() changes no variable of a program.
 namespace allocations {
 
-extern int live;               // blocks not yet freed
-extern std::size_t requested;  // bytes of the last request, granted or not
-extern int granted;            // so many requests succeed, the one behind them fails, and all after it succeed again
+extern volatile int live;               // blocks not yet freed
+extern volatile std::size_t requested;  // bytes of the last request, granted or not
+extern volatile int granted;  // so many requests succeed, the one behind them fails, and all after it succeed again
 
 constexpr int unlimited = -1;
 

@@ -5,7 +5,7 @@
 
 # For the tracker in the pages of the view command, which are written without it where one of these is missing.
 # shellcheck disable=SC2034  # used by those who source this
-page_packages='clang libc++-14-dev-wasm32 libclang-rt-14-dev-wasm32 lld wasi-libc'
+page_packages='clang libc++-dev-wasm32 libclang-rt-dev-wasm32 lld wasi-libc'
 
 # need_packages NAME...: install the Debian packages that are missing, or say which they are and stop.
 need_packages() {
@@ -32,10 +32,24 @@ need_packages() {
     echo "Installing:$missing" >&2
     # shellcheck disable=SC2086  # both are lists of words
     {
-        $as_root apt-get -q update >/dev/null
-        $as_root env DEBIAN_FRONTEND=noninteractive apt-get -qy -o DPkg::Lock::Timeout=120 \
-            install --no-install-recommends $missing >/dev/null
+        quietly $as_root apt-get -q update
+        quietly $as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -o DPkg::Lock::Timeout=120 \
+            -o Dpkg::Progress-Fancy=1 install --no-install-recommends $missing
     }
+}
+
+# Somebody at a terminal sees what goes on; a log has the line above.
+quietly() {
+    if [ -t 2 ]; then
+        "$@" >&2
+    else
+        "$@" >/dev/null
+    fi
+}
+
+# has_package NAME: true if it is installed or can be
+has_package() {
+    apt-cache show "$1" >/dev/null 2>&1
 }
 
 # True when sudo works without a question, or after one that somebody at a terminal can answer.
