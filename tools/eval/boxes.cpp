@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace zeltrack {
 
@@ -36,26 +37,37 @@ void box_set::arrange(const score_row* rows, std::size_t count)
     }
 }
 
+// Identifiers mostly lie close together: then a table over their range spares both the sort and the searches.
+bool box_set::number_by_table(const score_row* rows, std::size_t count)
+{
+    const auto [lowest, highest] =
+        std::minmax_element(rows, rows + count, [](const score_row& a, const score_row& b) { return a.id < b.id; });
+    const std::int64_t low = lowest->id;
+    const auto span = static_cast<std::size_t>(highest->id - low + 1);
+    if (span > 2 * count)
+        return false;
+    table_.assign(span, 0);
+    for (std::size_t i = 0; i < count; ++i)
+        table_[static_cast<std::size_t>(rows[i].id - low)] = 1;
+    for (std::size_t i = 0; i < span; ++i)
+        if (std::exchange(table_[i], static_cast<std::uint32_t>(ids.size())) != 0)
+            ids.push_back(static_cast<int>(low + static_cast<std::int64_t>(i)));
+    for (const std::uint32_t row : source)
+        who.push_back(table_[static_cast<std::size_t>(rows[row].id - low)]);
+    return true;
+}
+
 void box_set::number_identifiers(const score_row* rows, std::size_t count)
 {
-    // compacted as they come: a sequence has far fewer identifiers than rows
-    constexpr std::size_t batch = 4096;
-    const auto compact = [this] {
-        std::sort(ids.begin(), ids.end());
-        ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
-    };
     ids.clear();
-    std::size_t full = batch;
-    for (std::size_t i = 0; i < count; ++i) {
-        ids.push_back(rows[i].id);
-        if (ids.size() < full)
-            continue;
-        compact();
-        full = 2 * ids.size() + batch;
-    }
-    compact();
     who.clear();
     who.reserve(count);
+    if (count == 0 || number_by_table(rows, count))
+        return;
+    for (std::size_t i = 0; i < count; ++i)
+        ids.push_back(rows[i].id);
+    std::sort(ids.begin(), ids.end());
+    ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
     for (const std::uint32_t row : source) {
         const auto place = std::lower_bound(ids.begin(), ids.end(), rows[row].id) - ids.begin();
         who.push_back(static_cast<std::uint32_t>(place));

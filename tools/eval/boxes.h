@@ -25,7 +25,7 @@ struct frame_span {
 class box_set {
 public:
     // Takes fewer than 2^32 rows; after a fault the set is not to be used.
-    [[nodiscard]] std::optional<row_fault> assign(const score_row* rows, std::size_t count, int frames);
+    [[nodiscard]] std::optional<row_fault> assign(const score_row* rows, std::size_t count, int last_frame);
 
     std::vector<edges> boxes;
     std::vector<std::uint32_t> who;     // place of the box's identifier among ids
@@ -35,10 +35,12 @@ public:
 
 private:
     void arrange(const score_row* rows, std::size_t count);
+    bool number_by_table(const score_row* rows, std::size_t count);
     void number_identifiers(const score_row* rows, std::size_t count);
     std::optional<row_fault> find_twice();
 
-    std::vector<std::uint32_t> seen_;  // by identifier, 1 + its latest box
+    std::vector<std::uint32_t> table_;  // by identifier, less the lowest: its place among ids
+    std::vector<std::uint32_t> seen_;   // by place among ids: 1 + its latest box
 };
 
 struct overlap_pair {

@@ -36,19 +36,25 @@ static constexpr box_column<Row> box_columns[] = {
 
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view blanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
+    while (!text.empty() && blank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && blank(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 void split(std::string_view line, field_list& fields)
 {
     fields.clear();
-    for (std::size_t comma; (comma = line.find(',')) != std::string_view::npos; line.remove_prefix(comma + 1))
-        fields.push_back(trimmed(line.substr(0, comma)));
-    fields.push_back(trimmed(line));
+    // fields are too short for a call of memchr() to pay
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < line.size(); ++i)
+        if (line[i] == ',') {
+            fields.push_back(trimmed(line.substr(first, i - first)));
+            first = i + 1;
+        }
+    fields.push_back(trimmed(line.substr(first)));
 }
 
 static bool parse_whole(std::string_view text, float& value)
