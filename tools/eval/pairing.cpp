@@ -97,6 +97,7 @@ static std::string last_name(const std::string& path)
 static std::vector<std::string> names_of(const std::vector<std::string>& tracks, bool folders)
 {
     std::vector<std::string> names;
+    names.reserve(tracks.size());
     for (const std::string& path : tracks)
         names.push_back(folders ? last_name(path) : fs::path(path).stem().string());
     if (std::set<std::string>(names.begin(), names.end()).size() == names.size())

@@ -305,12 +305,15 @@ static std::string json_of(const sequence_score& score, bool total, const std::s
         // sequences may run at different rates: a sum of their frames says nothing
         if (total && std::string_view(it.name) == "Frames")
             continue;
-        if (std::string_view(group) != it.group)
-            out += (*group ? "\n" + indent + "  },\n" : "\n") + indent + "  \"" + it.group + "\": {\n";
-        else
+        if (std::string_view(group) == it.group) {
             out += ",\n";
+        } else {
+            if (*group)
+                out.append("\n").append(indent).append("  },");
+            out.append("\n").append(indent).append("  \"").append(it.group).append("\": {\n");
+        }
         group = it.group;
-        out += indent + "    \"" + it.name + "\": " + json_value(it, score);
+        out.append(indent).append("    \"").append(it.name).append("\": ").append(json_value(it, score));
     }
     return out + "\n" + indent + "  }\n" + indent + '}';
 }

@@ -50,7 +50,7 @@ struct link {
 
 class scene {
 public:
-    [[nodiscard]] std::optional<row_fault> assign(const prepared_truth& truth, const score_row* tracks,
+    [[nodiscard]] std::optional<row_fault> assign(const prepared_truth& objects, const score_row* rows,
                                                   std::size_t count);
 
     std::uint32_t object_of(const shared_frame& in, const overlap_pair& it) const

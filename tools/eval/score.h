@@ -34,7 +34,7 @@ enum class score_rules { mot15, mot17, mot20 };
 
 // What a true box does: count, take away a track that is its own, or neither, and yet claim a track with classes.
 enum class score_role : std::uint8_t { counted, distractor, ignored };
-score_role role_of(const score_row& truth, score_rules rules);
+score_role role_of(const score_row& row, score_rules rules);
 
 constexpr int score_classes = 13;  // the classes of mot17 and mot20 are 1 to 13
 

@@ -21,10 +21,11 @@ static double as_written(float value)
 {
     constexpr int most_digits = 9;
     double unit = 1;
-    for (int digits = 0; digits <= most_digits; ++digits, unit *= 10) {
+    for (int digits = 0; digits <= most_digits; ++digits) {
         const double decimal = std::nearbyint(value * unit) / unit;
         if (static_cast<float>(decimal) == value)
             return decimal;
+        unit *= 10;
     }
     return value;
 }
