@@ -30,6 +30,9 @@ typedef struct zel_host_frame_t {
 
 void zel_host_get_frame(const zel_host_t* host, zel_host_frame_t* frame);
 
+/* Frames that a track may be missed with these parameters, which must be right. */
+int zel_host_removal(const zel_host_params_t* params);
+
 #ifdef __cplusplus
 }
 #endif

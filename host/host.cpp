@@ -101,8 +101,7 @@ static bool fixed_confidence(const zel_host_t* host)
 
 static int removal_now(const zel_host_t* host)
 {
-    int reason;
-    return removal_of(&host->params, &reason);
+    return zel_host_removal(&host->params);
 }
 
 static float least_now(const zel_host_t* host)
@@ -497,4 +496,10 @@ void zel_host_replace_process(zel_host_t* host, zel_host_process_t process, void
 void zel_host_get_frame(const zel_host_t* host, zel_host_frame_t* frame)
 {
     *frame = {host->kept, host->kept_count, host->scale.scale, host->motion.offset_x, host->motion.offset_y};
+}
+
+int zel_host_removal(const zel_host_params_t* params)
+{
+    int reason;
+    return removal_of(params, &reason);
 }

@@ -87,7 +87,7 @@ columns beyond those read|1,x,10,20,30,40,0.5,nan,,?\n||1,1,10,20,30,40,0.5
 too small for a float|1,-1,10,20,30,40,1e-60\n||1,1,10,20,30,40,0
 unsorted, file order within a frame|2,-1,10,20,30,40,0.5\n1,-1,500,20,30,40,0.25\n1,-1,10,20,30,40,0.75||1,1,500,20,30,40,0.25\n1,2,10,20,30,40,0.75\n2,2,10,20,30,40,0.5
 an empty box|1,-1,10,20,0,0,0.5||1,1,10,20,0,0,0.5
-a negative width|1,-1,10,20,-4,40,0.5||1,1,10,20,-4,40,0.5
+a negative width is ignored|1,-1,10,20,-4,40,0.5\n1,-1,90,20,30,40,0.5||1,1,90,20,30,40,0.5
 largest coordinates|1,-1,-1e9,1e9,1e9,1e9,3e38||1,1,-1e+09,1e+09,1e+09,1e+09,3e+38
 below the least confidence|1,-1,10,20,30,40,0.5\n1,-1,90,20,30,40,0.25|--min-conf 0.5|1,1,10,20,30,40,0.5
 negative least confidence|1,-1,10,20,30,40,-0.5|--min-conf -1|1,1,10,20,30,40,-0.5
@@ -259,13 +259,34 @@ empty frames and all||frames       3
 dropped detections|--min-conf 0.5|detections   3 (1 more below --min-conf)
 rows|--scale 0.1 --stable 1|rows         4
 identifiers|--scale 0.1 --stable 1|identifiers  2
-share of detections|--scale 0.1|in a track   25 % of the detections, reported under an identifier
-gate of half the median box||gate         20 pixels (scale 0.5, auto)
-gate of a given scale|--scale 0.25|gate         40 pixels (scale 0.25)
+share of detections|--scale 0.1 --stable 3|in a track   25 % of the detections, reported under an identifier
+gate of the median box||gate         40 pixels (scale 0.25, auto: the median box of the first frame)
+gate of a given scale|--scale 0.25|gate         40 pixels (scale 0.25, given)
+too few for a choice||min-conf     none (auto: too little was seen yet)
+a given confidence|--min-conf 0.5|min-conf     0.5 (given)
+no frame rate||removal      10 frames (auto: the frame rate is not known)
+a given frame rate|--fps 25|removal      13 frames (auto: half a second at the frame rate)
+a steadied camera|--steady on|steady       on (given)
 capacity reached|--stable 1 --max-objects 1|capacity     1 (reached in 3 frames or more; 4 is enough for certain)
 capacity not reached|--max-objects 3|capacity     3 (4 is enough for certain)
-objects outrun the gate||zeltrack: warning: 100 % of the detections had nothing of the frame before within the gate; try --scale 0.17
+objects outrun the gate|--scale 0.5|zeltrack: warning: 100 % of the detections had nothing of the frame before within the gate; try --scale 0.17
+nearly nothing left|--min-conf 2|zeltrack: warning: 100 % of the detections were below the least confidence; try a lower --min-conf
 END
+    printf '%s\n' 1,-1,0,0,400,400,1 2,-1,30,0,40,40,1 3,-1,60,0,40,40,1 4,-1,60,0,-1,40,1 >odd.txt
+    run track odd.txt
+    check "an odd first frame" 1 "$(grep -c 'the boxes of the first frame, 400 pixels in size, are unlike.*try --scale 0.25' stderr)"
+    check "a width below 0" 1 "$(grep -c 'warning: 1 detections without a size' stderr)"
+    mkdir -p seq/det
+    cp steps.txt seq/det/det.txt
+    for place in seq/det seq; do
+        printf '[Sequence]\nframeRate=7\nseqLength=9\n' >$place/seqinfo.ini
+        run track seq/det/det.txt
+        check "$place/seqinfo.ini" "1 1" "$(grep -c 'frames       9$' stderr) $(grep -c 'removal      4 frames' stderr)"
+        rm $place/seqinfo.ini
+    done
+    printf 'frameRate=-1e99\n[Sequence]\nseqLength=1e30\n' >seq/seqinfo.ini
+    run track seq/det/det.txt
+    check "a hostile seqinfo.ini" "1 seq/seqinfo.ini" "$status $(grep -o 'seq/seqinfo.ini' stderr)"
     run track --iou 0 --scale 0.1 steps.txt
     check "no warning within the gate" "0" "$(grep -c warning stderr)"
     check "no word on a capacity that suffices" "0" "$(grep -c capacity stderr)"

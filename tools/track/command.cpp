@@ -27,13 +27,14 @@ static void run(command_line& line)
     const sequence input = load_sequence(options);
     output_file results(output, !no_sync);
     progress bar(!options.quiet, "frame", input.frames);
-    const auto write = [&](int frame, const std::vector<track_row>& rows) {
+    const auto write = [&](int frame, const std::vector<track_row>& rows, const zel_host_frame_t&) {
         for (const track_row& row : rows)
             append_row(results.buffer(), row.box, options.layout.frame_base);
         results.flush_if_full();
         bar.update(frame);
     };
     const track_summary summary = track_sequence(input, options, write);
+    refuse_missing_memory(summary);
     results.commit();
     if (!options.quiet)
         print_summary(std::cerr, summary, options);

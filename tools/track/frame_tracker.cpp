@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The tracker sees corners in its own unit; files hold left, top, width and height in pixels. The conversions are made
-// in double, so that they add as little as possible to what the tracker rounds.
+// The kit sees corners and classes from 0; files hold left, top, width and height, and classes that are not 0.
 #include "track/frame_tracker.h"
 
-#include <zel/libzel.h>
-
-#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <new>
@@ -20,70 +16,97 @@ static void process_plainly(void*, void* tracker, float (*input)[6], float (*out
 
 const frame_process plain_process = {process_plainly, nullptr};
 
-frame_tracker::frame_tracker(const track_options& options, double scale, int capacity, const frame_process& process)
-    : handle_(zel_tracker_create(0, 0, capacity, options.euc, options.iou, options.stable, options.removal,
-                                 options.ignore_class ? 1 : 0)),
-      process_(process),
-      scale_(scale),
-      capacity_(static_cast<std::size_t>(capacity)),
-      input_(std::make_unique<float[][6]>(capacity_)),
-      output_(std::make_unique<float[][8]>(capacity_))
+static zel_host_t* create_host(const track_options& options, double fps, int capacity)
 {
-    if (handle_)
-        return;
+    zel_host_params_t params;
+    zel_host_params_init(&params, sizeof(params));
+    params.scale = options.scale;
+    params.frame_rate = fps;
+    params.min_confidence = options.min_conf;
+    params.iou = options.iou;
+    params.euc = options.euc;
+    params.stable = options.stable;
+    params.removal = options.removal;
+    params.steady = options.steady;
+    params.ignore_class = options.ignore_class ? 1 : 0;
+    params.coasted = 1;
+    params.max_objects = capacity;
+    return zel_host_create(&params);
+}
+
+frame_tracker::frame_tracker(const track_options& options, double fps, int capacity, const frame_process& process)
+    : host_(create_host(options, fps, capacity), zel_host_release),
+      process_(process),
+      tracks_(static_cast<std::size_t>(capacity))
+{
+    if (!host_) {
 #ifdef __cpp_exceptions
-    throw std::bad_alloc();
+        throw std::bad_alloc();
 #else
-    std::abort();
+        std::abort();
 #endif
+    }
+    zel_host_replace_process(host_.get(), run_timed, this);
+}
+
+void frame_tracker::run_timed(void* context, void* tracker, float (*input)[6], float (*output)[8])
+{
+    using clock = std::chrono::steady_clock;
+    auto& self = *static_cast<frame_tracker*>(context);
+    const clock::time_point start = clock::now();
+    self.process_.run(self.process_.context, tracker, input, output);
+    self.seconds_ += std::chrono::duration<double>(clock::now() - start).count();
 }
 
 void frame_tracker::put(const mot_row* first, const mot_row* last)
 {
-    const std::size_t count = std::min(static_cast<std::size_t>(last - first), capacity_);
-    for (std::size_t n = 0; n < count; ++n) {
-        const mot_row& row = first[n];
-        const double right = static_cast<double>(row.left) + row.width;
-        const double bottom = static_cast<double>(row.top) + row.height;
-        float* in = input_[n];
-        in[0] = row.cls;
-        in[1] = static_cast<float>(row.left * scale_);
-        in[2] = static_cast<float>(row.top * scale_);
-        in[3] = static_cast<float>(right * scale_);
-        in[4] = static_cast<float>(bottom * scale_);
-        in[5] = row.conf;
+    detections_.clear();
+    for (const mot_row* row = first; row != last; ++row) {
+        const int c = static_cast<int>(row->cls);
+        detections_.push_back(
+            {row->left, row->top, row->left + row->width, row->top + row->height, row->conf, c > 0 ? c - 1 : c});
     }
-    if (count < capacity_)
-        input_[count][0] = 0;
 }
 
-void frame_tracker::take(int frame)
+void frame_tracker::take(int frame, int count)
 {
     rows_.clear();
-    for (std::size_t n = 0; n < capacity_ && output_[n][0] >= 0; ++n) {
-        const float* out = output_[n];
+    for (int n = 0; n < count; ++n) {
+        const zel_host_track_t& track = tracks_[static_cast<std::size_t>(n)];
         mot_row row;
         row.frame = frame;
-        row.id = static_cast<int>(out[0]);
-        row.left = static_cast<float>(out[2] / scale_);
-        row.top = static_cast<float>(out[3] / scale_);
-        row.width = static_cast<float>((static_cast<double>(out[4]) - out[2]) / scale_);
-        row.height = static_cast<float>((static_cast<double>(out[5]) - out[3]) / scale_);
-        row.conf = out[6];
-        row.cls = out[1];
-        rows_.push_back({row, static_cast<int>(out[7])});
+        row.id = track.id;
+        row.left = track.x1;
+        row.top = track.y1;
+        row.width = track.x2 - track.x1;
+        row.height = track.y2 - track.y1;
+        row.conf = track.confidence;
+        row.cls = static_cast<float>(track.class_id >= 0 ? track.class_id + 1 : track.class_id);
+        rows_.push_back({row, track.detection});
     }
 }
 
 const std::vector<track_row>& frame_tracker::process(int frame, const mot_row* first, const mot_row* last)
 {
-    using clock = std::chrono::steady_clock;
     put(first, last);
-    const clock::time_point start = clock::now();
-    process_.run(process_.context, handle_.get(), input_.get(), output_.get());
-    seconds_ += std::chrono::duration<double>(clock::now() - start).count();
-    take(frame);
+    const int count = zel_host_process(host_.get(), detections_.data(), static_cast<int>(detections_.size()),
+                                       tracks_.data(), static_cast<int>(tracks_.size()));
+    take(frame, count);
     return rows_;
+}
+
+zel_host_frame_t frame_tracker::latest() const
+{
+    zel_host_frame_t frame;
+    zel_host_get_frame(host_.get(), &frame);
+    return frame;
+}
+
+zel_host_status_t frame_tracker::status() const
+{
+    zel_host_status_t status;
+    zel_host_get_status(host_.get(), &status, sizeof(status));
+    return status;
 }
 
 }  // namespace zeltrack

@@ -15,26 +15,29 @@ static void declare_association(command_line& line, track_options& options)
 {
     const std::string gate = to_text(gate_units);
     line.number_or("auto", "--scale", "N", options.scale, {min_scale, max_scale},
-                   "factor between pixels and the tracker's unit. It matters more\n"
-                   "than all else: from one frame to the next an object may step\n"
-                   "less than " +
+                   "units of the tracker per pixel: from one frame to the next an\n"
+                   "object may step less than " +
                        gate + " units, which are " + gate +
-                       " / N pixels. auto makes that\n"
-                       "half the size of the median box, the size being sqrt(width *\n"
-                       "height); 1 is plain pixels");
+                       " / N pixels.\n"
+                       "auto makes that the size, sqrt(width * height), of the median\n"
+                       "box in the first frame");
     line.number("--euc", "D", options.euc, {0, 1},
                 "squared centre distance, in squared units, up to which a\n"
                 "detection matches a track however little the boxes overlap;\n");
     line.number("-i,--iou", "T", options.iou, {0, 1},
                 "intersection over union that other matches must exceed; at 1\nnothing ever matches");
+    line.choice("--steady", options.steady, {{"auto", ZEL_HOST_AUTO}, {"on", 1}, {"off", 0}},
+                "take the camera's own motion out before tracking; auto does\nwhile it moves");
 }
 
 static void declare_life(command_line& line, track_options& options)
 {
     line.number("-s,--stable", "N", options.stable, {1, max_frame},
                 "matched frames, the first included, after which a track gets\nits identifier and is reported");
-    line.number("-r,--removal", "N", options.removal, {1, max_frame},
-                "frames in a row that a track may go unmatched;\n");
+    line.number_or("auto", "-r,--removal", "N", options.removal, {1, max_frame},
+                   "frames in a row that a track may go unmatched; auto is half a\n"
+                   "second where the frame rate is known, 10 otherwise");
+    line.number("--fps", "N", options.fps, {0.001, 1e6}, "frames per second", "that of a seqinfo.ini");
     line.number("--max-objects", "N", options.max_objects, {1, 1000000},
                 "capacity: detections per frame, live tracks, rows per frame;\n",
                 "what the file needs, up to " + to_text(max_chosen_capacity));
@@ -45,8 +48,9 @@ static void declare_life(command_line& line, track_options& options)
 static void declare_input(command_line& line, track_options& options)
 {
     using confidence = std::numeric_limits<float>;
-    line.number("--min-conf", "C", options.min_conf, {confidence::lowest(), confidence::max()},
-                "ignore detections of a lower confidence", "none");
+    line.number_or("auto", "--min-conf", "C", options.min_conf, {confidence::lowest(), confidence::max()},
+                   "ignore detections of a lower confidence. auto ignores weak ones\n"
+                   "that are not seen again in the next frame as strong ones are");
     line.number("--frame-base", "N", options.layout.frame_base, {0, 1},
                 "number of the first frame, here and in results");
     line.number("--class-column", "N", options.layout.class_column, {8, 1000},

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// What a user can choose about tracking.
+// What a user can choose about tracking. The automatic choices are the host kit's.
 #pragma once
 
-#include <limits>
+#include <zel/host.h>
+
 #include <string>
 
 #include "mot/mot.h"
@@ -14,14 +15,16 @@ class command_line;
 
 struct track_options {
     std::string detections;  // "-": standard input
-    double scale = 0;        // 0: automatic_scale()
-    int max_objects = 0;     // 0: ample_capacity()
+    double scale = ZEL_HOST_AUTO;
+    int max_objects = 0;  // 0: ample_capacity()
     float euc = 1.0F;
     float iou = 0.3F;
-    int stable = 3;
-    int removal = 10;
+    int stable = 2;
+    int removal = ZEL_HOST_AUTO;
     bool ignore_class = false;
-    float min_conf = std::numeric_limits<float>::lowest();
+    float min_conf = ZEL_HOST_AUTO_CONFIDENCE;
+    int steady = ZEL_HOST_AUTO;
+    double fps = 0;  // 0: that of the seqinfo.ini beside the file; without one it is not known
     mot_layout layout;
     bool coasted = false;
     bool quiet = false;

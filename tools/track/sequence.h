@@ -3,7 +3,7 @@
 // The detections of one file, ready for the tracker.
 #pragma once
 
-#include <cstddef>
+#include <string>
 #include <vector>
 
 #include "mot/mot.h"
@@ -13,8 +13,9 @@ namespace zeltrack {
 
 struct sequence {
     std::vector<mot_row> rows;  // by frame, within a frame as in the file
-    int frames = 0;             // up to the last one of the file, even if its rows were dropped
-    std::size_t dropped = 0;    // rows below the least confidence
+    int frames = 0;             // up to the last one of the file or, if that is more, of its seqinfo.ini
+    double fps = 0;             // frames per second; 0: not known
+    std::string info;           // the seqinfo.ini; empty: there is none
 };
 
 sequence load_sequence(const track_options& options);

@@ -28,14 +28,18 @@ double step_watch::nearest(const point& at) const
     return best;
 }
 
-void step_watch::observe(const mot_row* first, const mot_row* last, const std::vector<track_row>& rows)
+void step_watch::observe(const std::vector<const mot_row*>& given, const std::vector<track_row>& rows, double offset_x,
+                         double offset_y)
 {
-    const auto centre = [](const mot_row& row) { return point{row.left + row.width / 2, row.top + row.height / 2}; };
+    const auto centre = [offset_x, offset_y](const mot_row& row) {
+        return point{static_cast<float>(row.left + row.width / 2 - offset_x),
+                     static_cast<float>(row.top + row.height / 2 - offset_y)};
+    };
     if (!before_.empty())
-        for (const mot_row* row = first; row != last; ++row)
+        for (const mot_row* row : given)
             distances_.push_back(nearest(centre(*row)));
     before_.clear();
-    for (const mot_row* row = first; row != last; ++row)
+    for (const mot_row* row : given)
         before_.push_back(centre(*row));
     for (const track_row& row : rows)
         before_.push_back(centre(row.box));

@@ -13,7 +13,10 @@ namespace zeltrack {
 // the frame before. The start of a track counts as well, so a few distant ones are in the nature of things.
 class step_watch {
 public:
-    void observe(const mot_row* first, const mot_row* last, const std::vector<track_row>& rows);
+    // The rows that went into the tracker, and the tracks that came out. Steps are those in the tracker's view: the
+    // offset of a steadied camera is taken out.
+    void observe(const std::vector<const mot_row*>& given, const std::vector<track_row>& rows, double offset_x,
+                 double offset_y);
 
     double share_beyond(double gate) const;
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// The summary of a run: counts, speed, the gate, and a warning when objects step beyond it.
+// The summary of a run: counts, speed, what the automatic choices came to and why, and warnings.
 #pragma once
+
+#include <zel/host.h>
 
 #include <cstddef>
 #include <iosfwd>
@@ -13,7 +15,8 @@ namespace zeltrack {
 
 struct track_summary {
     sequence const* input = nullptr;
-    double scale = 1;
+    zel_host_status_t host = {};  // at the end
+    double scale = 0;             // 0: no box ever told one
     int capacity = 0;
     int ample = 0;
     int full_frames = 0;  // in which the detections or the reported tracks filled the capacity
@@ -24,6 +27,9 @@ struct track_summary {
     double far_share = 0;     // of the detections, had nothing of the frame before within the gate
     double better_scale = 0;  // to try if that is more than a tenth
 };
+
+// Memory that ran out inside the tracker lost tracks: a failure.
+void refuse_missing_memory(const track_summary& summary);
 
 void print_summary(std::ostream& out, const track_summary& summary, const track_options& options);
 

@@ -19,7 +19,9 @@ namespace zeltrack {
 
 extern const subcommand track_command;
 
-using frame_callback = std::function<void(int frame, const std::vector<track_row>& rows)>;
+// `given` says which of the frame's detections went into the tracker, in which unit and how far steadied.
+using frame_callback =
+    std::function<void(int frame, const std::vector<track_row>& rows, const zel_host_frame_t& given)>;
 
 // Runs the tracker over all frames, empty ones too, and hands on each frame's rows.
 track_summary track_sequence(const sequence& input, const track_options& options, const frame_callback& each,

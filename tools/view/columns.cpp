@@ -14,19 +14,6 @@ namespace zeltrack {
 
 // --- rows of files ---------------------------------------------------------------------------------------------------
 
-selected_rows select_rows(const sequence& file, float min_conf)
-{
-    selected_rows out;
-    out.rows.frames = file.frames;
-    for (std::size_t i = 0; i < file.rows.size(); ++i)
-        if (!(file.rows[i].conf < min_conf)) {
-            out.rows.rows.push_back(file.rows[i]);
-            out.places.push_back(i);
-        }
-    out.rows.dropped = file.rows.size() - out.places.size();
-    return out;
-}
-
 // Each frame that has rows as the distance to the one before it and the number of its rows.
 static column frames_of(const std::vector<mot_row>& rows)
 {
@@ -114,9 +101,9 @@ public:
         return {whole(row.left + row.width / 2.0), whole(row.top + row.height / 2.0), whole(row.width),
                 whole(row.height)};
     }
-    grid_box of(const centre_box& b, double scale) const
+    grid_box of(const centre_box& b, double scale, const selected_rows::offset& moved) const
     {
-        return {whole(b.x / scale), whole(b.y / scale), whole(b.w / scale), whole(b.h / scale)};
+        return {whole(b.x / scale + moved.x), whole(b.y / scale + moved.y), whole(b.w / scale), whole(b.h / scale)};
     }
 
 private:
@@ -178,11 +165,13 @@ class row_coder {
 public:
     row_coder(const grid& steps, double scale) : steps_(steps), scale_(scale) {}
 
-    // `taken` is the row of the file that was taken, or null.
-    void put(const life_row& row, const mot_row* taken)
+    // `taken` is the row of the file that was taken, or null; `moved` the offset of the frame.
+    void put(const life_row& row, const mot_row* taken, const selected_rows::offset& moved)
     {
         const unsigned silent = row.reported ? 0 : 1;
-        const bool still = !taken && before_ && same(row.predicted, before_->predicted);
+        const bool unmoved = moved.x == moved_.x && moved.y == moved_.y;
+        const bool still = !taken && before_ && unmoved && same(row.predicted, before_->predicted);
+        moved_ = moved;
         if (!still || silent != repeated_)
             flush();
         if (still) {
@@ -192,7 +181,7 @@ public:
             put_match(row, *taken);
         } else {
             out_.put(2 + silent);
-            put_difference(out_, steps_.of(row.predicted, scale_), steps_.of(row.box, scale_));
+            put_difference(out_, steps_.of(row.predicted, scale_, moved_), steps_.of(row.box, scale_, moved_));
         }
         before_ = &row;
     }
@@ -212,8 +201,8 @@ private:
         out_.put(static_cast<std::uint64_t>(row.detection) + 4);
         if (!before_)
             return;
-        put_difference(out_, steps_.of(row.predicted, scale_), det);
-        put_difference(out_, steps_.of(row.box, scale_), det);
+        put_difference(out_, steps_.of(row.predicted, scale_, moved_), det);
+        put_difference(out_, steps_.of(row.box, scale_, moved_), det);
     }
 
     void flush()
@@ -228,6 +217,7 @@ private:
     column out_;
     const grid& steps_;
     double scale_;
+    selected_rows::offset moved_ = {};
     const life_row* before_ = nullptr;
     unsigned repeated_ = 0;
     std::uint64_t repeats_ = 0;
@@ -248,15 +238,17 @@ static std::vector<std::size_t> frame_starts(const sequence& rows)
     return starts;
 }
 
-static column coded_rows(const recording& recorded, const sequence& rows, const grid& steps, double scale)
+static column coded_rows(const recording& recorded, const selected_rows& selected, const grid& steps, double scale)
 {
-    const std::vector<std::size_t> starts = frame_starts(rows);
+    const std::vector<mot_row>& rows = selected.rows.rows;
+    const std::vector<std::size_t> starts = frame_starts(selected.rows);
     row_coder out(steps, scale);
     for (const life& l : recorded.lives) {
         auto frame = static_cast<std::size_t>(l.birth);
         for (const life_row& row : l.rows) {
             const bool taken = row.detection >= 0;
-            out.put(row, taken ? &rows.rows[starts[frame] + static_cast<std::size_t>(row.detection)] : nullptr);
+            out.put(row, taken ? &rows[starts[frame] + static_cast<std::size_t>(row.detection)] : nullptr,
+                    selected.offsets[frame - 1]);
             ++frame;
         }
         out.end_life();
@@ -295,9 +287,6 @@ static column coded_detections(const recording& recorded, const selected_rows& s
             next = selected.places[at] + 1;
             put_outcome(out, *d, euc);
         }
-        const std::vector<mot_row>& rows = selected.rows.rows;
-        while (at < rows.size() && static_cast<std::size_t>(rows[at].frame) == frame + 1)
-            ++at;  // beyond the capacity
     }
     return out;
 }
@@ -312,8 +301,11 @@ static void pack_parameters(package& out, const track_options& o, const track_su
     out.number("euc", o.euc);
     out.number("iou", o.iou);
     out.number("stable", o.stable);
-    out.number("removal", o.removal);
-    out.number("minConf", o.min_conf);
+    out.number("removal", summary.host.removal);
+    out.number("minConf", o.min_conf);  // the largest float: chosen by the kit
+    out.number("minConfNow", summary.host.min_confidence);
+    out.number("steady", o.steady);  // -1: chosen by the kit
+    out.number("steadyNow", summary.host.steady);
     out.number("capacity", summary.capacity);
     out.number("maxObjects", o.max_objects);
     out.number("ignoreClass", o.ignore_class);
@@ -322,18 +314,17 @@ static void pack_parameters(package& out, const track_options& o, const track_su
 void pack_run(package& out, const recording& recorded, const selected_rows& selected, const track_summary& summary,
               const track_options& options)
 {
-    const double median_size = 2 * gate_units / automatic_scale(selected.rows.rows);
-    const grid steps(median_size);
-    out.number("medianSize", median_size);
+    const grid steps(summary.host.typical_size);
+    out.number("medianSize", summary.host.typical_size);
     pack_parameters(out, options, summary);
     out.number("count", static_cast<double>(recorded.detections.size()));
-    out.number("weak", static_cast<double>(selected.rows.dropped));
-    out.number("unread", static_cast<double>(selected.places.size() - recorded.detections.size()));
+    out.number("weak", static_cast<double>(summary.host.weak));
+    out.number("unread", static_cast<double>(summary.host.cut + summary.host.invalid));
     out.number("digits", steps.digits());
     out.number("lifeCount", static_cast<double>(recorded.lives.size()));
     out.data("lives", coded_lives(recorded));
     out.data("detections", coded_detections(recorded, selected, options.euc));
-    out.data("rows", coded_rows(recorded, selected.rows, steps, summary.scale));
+    out.data("rows", coded_rows(recorded, selected, steps, summary.scale));
 }
 
 }  // namespace zeltrack

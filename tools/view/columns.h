@@ -16,13 +16,16 @@
 
 namespace zeltrack {
 
-// The rows of a file that the tracker is given, and where each of them stands in the file.
+// The rows of a file that the tracker was given, where each of them stands in the file, and how far each frame was
+// steadied.
 struct selected_rows {
     sequence rows;
     std::vector<std::size_t> places;
+    struct offset {
+        double x, y;
+    };
+    std::vector<offset> offsets;
 };
-
-selected_rows select_rows(const sequence& file, float min_conf);
 
 // All boxes of the file, weak ones too, exactly: who changes the least confidence needs them again.
 void pack_input(package& out, const sequence& file, const track_options& options);

@@ -3,7 +3,6 @@
 // The subcommand `view`.
 #include <algorithm>
 #include <iostream>
-#include <limits>
 
 #include "cli/command_line.h"
 #include "cli/output_file.h"
@@ -79,10 +78,7 @@ static void run(command_line& line)
     refuse_shared_files({options.track.detections, truth, compared}, {output});
     if (truth == "-" && options.track.detections == "-")
         throw failure("--gt: expected a file other than that of the detections", exit_usage);
-    track_options all = options.track;  // weak rows go into the page, but not to the tracker
-    all.min_conf = std::numeric_limits<float>::lowest();
-    const sequence file = load_sequence(all);
-    const selected_rows selected = select_rows(file, options.track.min_conf);
+    const sequence file = load_sequence(options.track);
     if (!truth.empty())
         options.truth = load_truth(truth, options.track.layout.frame_base);
     if (!compared.empty()) {
@@ -90,7 +86,8 @@ static void run(command_line& line)
         options.compared_name = compared;
     }
     output_file page(output, !no_sync);
-    const track_summary summary = view_sequence(file, selected, options, page.buffer());
+    const track_summary summary = view_sequence(file, options, page.buffer());
+    refuse_missing_memory(summary);
     page.commit();
     if (!options.track.quiet)
         print_summary(std::cerr, summary, options.track);

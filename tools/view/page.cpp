@@ -53,8 +53,7 @@ static void pack_compared(package& data, const view_options& options, int frames
         scoring.pack_followers(data, "compareTruthTrack");
 }
 
-track_summary view_sequence(const sequence& file, const selected_rows& selected, const view_options& options,
-                            std::string& page)
+track_summary view_sequence(const sequence& file, const view_options& options, std::string& page)
 {
     package data;
     data.text("file", options.track.detections);
@@ -64,8 +63,8 @@ track_summary view_sequence(const sequence& file, const selected_rows& selected,
         pack_truth(data, *options.truth);
     pack_compared(data, options, file.frames);
     progress bar(!options.track.quiet, "frame", file.frames);
-    const track_summary summary = pack_tracked(data, {file, selected, options.truth ? &*options.truth : nullptr},
-                                               options.track, [&bar](int frame) { bar.update(frame); });
+    const track_summary summary = pack_tracked(data, {file, options.truth ? &*options.truth : nullptr}, options.track,
+                                               [&bar](int frame) { bar.update(frame); });
 
     const std::string_view module(reinterpret_cast<const char*>(page_module), page_module_size);
     append_page(page, {{"{{data}}", data.bytes()}, {"{{module}}", module}});

@@ -34,6 +34,31 @@ private:
     std::uint64_t digest_ = 0xcbf29ce484222325;
 };
 
+// Gathers the rows that went into the tracker, frame by frame.
+class row_selector {
+public:
+    explicit row_selector(const sequence& file) : file_(file) { selected_.rows.frames = file.frames; }
+
+    void add(int frame, const zel_host_frame_t& given)
+    {
+        const std::size_t first = next_;
+        while (next_ < file_.rows.size() && file_.rows[next_].frame == frame)
+            ++next_;
+        for (int n = 0; n < given.count; ++n) {
+            selected_.places.push_back(first + static_cast<std::size_t>(given.detections[n]));
+            selected_.rows.rows.push_back(file_.rows[selected_.places.back()]);
+        }
+        selected_.offsets.push_back({given.offset_x, given.offset_y});
+    }
+
+    const selected_rows& result() const { return selected_; }
+
+private:
+    const sequence& file_;
+    std::size_t next_ = 0;
+    selected_rows selected_;
+};
+
 }  // namespace
 
 // What is told of any run, and what of one with ground truth.
@@ -47,8 +72,10 @@ static void pack_figures(package& out, const track_summary& summary, const run_s
 void pack_figures_only(package& out, const run_input& input, const track_options& options)
 {
     run_scorer scoring(input.truth);
-    const auto observe = [&scoring](int, const std::vector<track_row>& rows) { scoring.observe(rows); };
-    const track_summary summary = track_sequence(input.selected.rows, options, observe);
+    const auto observe = [&scoring](int, const std::vector<track_row>& rows, const zel_host_frame_t&) {
+        scoring.observe(rows);
+    };
+    const track_summary summary = track_sequence(input.file, options, observe);
     scoring.score(input.file.frames);
     pack_figures(out, summary, scoring);
 }
@@ -59,18 +86,20 @@ track_summary pack_tracked(package& out, const run_input& input, const track_opt
     recorder records;
     run_scorer scoring(input.truth);
     row_digest digest;
-    const auto observe = [&](int frame, const std::vector<track_row>& rows) {
+    row_selector selector(input.file);
+    const auto observe = [&](int frame, const std::vector<track_row>& rows, const zel_host_frame_t& given) {
+        selector.add(frame, given);
         scoring.observe(rows);
         for (const track_row& row : rows)
             digest.add(row.box);
         each(frame);
     };
-    const track_summary summary = track_sequence(input.selected.rows, options, observe, {recorder::process, &records});
+    const track_summary summary = track_sequence(input.file, options, observe, {recorder::process, &records});
     scoring.score(input.file.frames);
-    pack_run(out, records.result(), input.selected, summary, options);
+    pack_run(out, records.result(), selector.result(), summary, options);
     digest.pack(out);
     pack_figures(out, summary, scoring);
-    scoring.pack_objects(out, records.result(), input.selected.rows.rows);
+    scoring.pack_objects(out, records.result(), selector.result().rows.rows);
     return summary;
 }
 

@@ -15,7 +15,6 @@ namespace zeltrack {
 
 struct run_input {
     const sequence& file;
-    const selected_rows& selected;
     const true_boxes* truth;  // null: none
 };
 

@@ -25,8 +25,7 @@ struct view_options {
     std::string command;            // that makes the page again
 };
 
-// Tracks the selected rows and appends the page that tells all about it. The page holds the others as well.
-track_summary view_sequence(const sequence& file, const selected_rows& selected, const view_options& options,
-                            std::string& page);
+// Tracks the sequence and appends the page that tells all about it. The page holds the dropped rows as well.
+track_summary view_sequence(const sequence& file, const view_options& options, std::string& page);
 
 }  // namespace zeltrack

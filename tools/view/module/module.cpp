@@ -23,14 +23,14 @@ std::string result;
 
 // In the order of PARAMETERS in worker.mjs.
 struct parameters {
-    double scale, euc, iou, stable, removal, min_conf, max_objects, ignore_class;
+    double scale, euc, iou, stable, removal, min_conf, max_objects, ignore_class, steady;
 };
 parameters chosen;
 
 track_options options_of(const parameters& p)
 {
     track_options o;
-    o.scale = p.scale;
+    o.scale = p.scale > 0 ? p.scale : ZEL_HOST_AUTO;
     o.euc = static_cast<float>(p.euc);
     o.iou = static_cast<float>(p.iou);
     o.stable = static_cast<int>(p.stable);
@@ -38,6 +38,7 @@ track_options options_of(const parameters& p)
     o.min_conf = static_cast<float>(p.min_conf);
     o.max_objects = static_cast<int>(p.max_objects);
     o.ignore_class = p.ignore_class != 0;
+    o.steady = static_cast<int>(p.steady);
     return o;
 }
 
@@ -78,7 +79,7 @@ std::size_t run()
 {
     const track_options options = options_of(chosen);
     package out;
-    pack_tracked(out, {file, select_rows(file, options.min_conf), truth ? &*truth : nullptr}, options, [](int) {});
+    pack_tracked(out, {file, truth ? &*truth : nullptr}, options, [](int) {});
     result = out.bytes();
     return result.size();
 }
@@ -88,7 +89,7 @@ std::size_t figures()
 {
     const track_options options = options_of(chosen);
     package out;
-    pack_figures_only(out, {file, select_rows(file, options.min_conf), truth ? &*truth : nullptr}, options);
+    pack_figures_only(out, {file, truth ? &*truth : nullptr}, options);
     result = out.bytes();
     return result.size();
 }

@@ -3,7 +3,8 @@
 // The tracker as a WebAssembly module: rows of the file and parameters in, the package of a run out.
 
 // As the module's parameters stand in its memory, all of them doubles.
-export const PARAMETERS = ['scale', 'euc', 'iou', 'stable', 'removal', 'minConf', 'maxObjects', 'ignoreClass'];
+export const PARAMETERS =
+    ['scale', 'euc', 'iou', 'stable', 'removal', 'minConf', 'maxObjects', 'ignoreClass', 'steady'];
 
 const ROW = 8;  // words in a row: frame, identifier, left, top, width, height, score, class
 

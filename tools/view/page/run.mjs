@@ -281,8 +281,11 @@ export function readFile(columns) {
     };
 }
 
-const NUMBERS =
-    ['scale', 'chosen', 'gate', 'euc', 'iou', 'stable', 'removal', 'minConf', 'capacity', 'maxObjects', 'ignoreClass'];
+// Those that end in Now are what an automatic choice came to at the end.
+const NUMBERS = [
+    'scale', 'chosen', 'gate', 'euc', 'iou', 'stable', 'removal', 'minConf', 'minConfNow', 'steady', 'steadyNow',
+    'capacity', 'maxObjects', 'ignoreClass'
+];
 
 function findNearest(run) {
     const {detections, live, busy} = run;

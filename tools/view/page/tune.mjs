@@ -88,7 +88,7 @@ export const tunables = () => {
             low: scoreRange[0],
             high: scoreRange[1],
             step: 0,
-            get: () => Math.max(state.setting.minConf, scoreRange[0]),
+            get: () => Math.max(leastConfidence(), scoreRange[0]),
             set: value => ({
                 minConf: value <= scoreRange[0] ? -3.4028234663852886e38 :
                                                   Math.fround(single(Number(value.toPrecision(3))))
@@ -100,6 +100,12 @@ export const tunables = () => {
                                             []),
     ];
 };
+
+// What the kit chose, if it did.
+function leastConfidence() {
+    const {minConf} = state.setting;
+    return minConf < 3.4e38 ? minConf : state.run.parameters.minConfNow;
+}
 
 const TICKS = 1000;
 const toTicks = ({low, high, log, root}, value) => TICKS *
@@ -158,7 +164,7 @@ function drawConfidences() {
     const canvas = byId('confidences');
     if (!canvas || !canvas.parentNode.clientWidth) return;
     const w = canvas.parentNode.clientWidth, {scoreRange: [low, high]} = state.run.file, {score} = state.run.input,
-          least = state.setting.minConf;
+          least = leastConfidence();
     surface(canvas, w, HISTOGRAM_HEIGHT)
         .drawImage(cached('confidences', least, w, HISTOGRAM_HEIGHT, g => {
                        const bins = new Int32Array(BINS);
