@@ -11,6 +11,7 @@ import {gunzipSync} from 'node:zlib';
 import {differences, tracksOf} from '../../tools/view/page/compare.mjs';
 import {startEngine} from '../../tools/view/page/engine.mjs';
 import {createEvents, nextEvent} from '../../tools/view/page/events.mjs';
+import {findTarget, sorted, tables, toCsv} from '../../tools/view/page/find.mjs';
 import {apart, exact, lowerBound} from '../../tools/view/page/numbers.mjs';
 import {fromBase64, openPackage} from '../../tools/view/page/package.mjs';
 import {causeOf, objectFigures} from '../../tools/view/page/objects.mjs';
@@ -180,6 +181,20 @@ test('the tracker in the page gives what the command gives, bit for bit', async 
                 assert.deepEqual(result.bytes(column), columns.bytes(column), `${name}: ${column}, run ${again}`);
         }
     }
+});
+
+test('numbers find tracks, objects and frames; tables sort and become CSV', () => {
+    const run = viewLines('find.txt', [1, 2, 3, 4].flatMap(f => [`${f},-1,${f},0,9,9,1`, `${f},-1,90,${2 * f},9,9,1`]));
+    const cases = [
+        ['2', {life: 1}], ['track 1', {life: 0}], ['n0', {life: 0}], ['t 7', undefined], ['object 1', undefined],
+        ['x', undefined]
+    ];
+    for (const [text, selection] of cases) assert.deepEqual(findTarget(run, text)?.selection, selection, text);
+    assert.deepEqual([findTarget(run, 'f 3'), findTarget(run, 'frame 5')], [{frame: 3}, null]);
+    const {tracks} = tables, step = tracks.columns.find(it => it.title === 'step, px'),
+          entries = sorted(tracks.entries(run), step, true);
+    assert.deepEqual(entries.map(it => it.id), [2, 1]);
+    assert.match(toCsv(tracks, entries), /^track,.*"step, px",ending\n2,1,4,4,4,0,0,\d\.\d\d,end of file\n1,/);
 });
 
 test('numbers are written so that they can be told apart', () => {

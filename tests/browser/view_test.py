@@ -221,6 +221,26 @@ class ViewTest(unittest.TestCase):
         self.wait_for("state.run === writtenRun()")
         self.assertEqual(text("size"), before)
 
+    def test_finds_compares_and_shows_objects(self):
+        _, page = sample()
+        open_page(page, "#frame=50")
+        browser.key("/")
+        browser.key("object 4\ue007")
+        settle()
+        self.assertIn("True object 4", text("inspector"))
+        self.assertIn("Followed", text("inspector"))
+        self.assertRegex(fragment(), "&object=4$")
+        browser.run("byId('lane-kind').value = 'objects'; byId('lane-kind').onchange()")
+        browser.run("byId('tab-tables').click()")
+        settle()
+        self.assertRegex(text("tables"), r"track .*\n1\t")
+        if not browser.run("return canTune()"):
+            return
+        browser.run("pin(); set({stable: 6})")
+        self.wait_for("state.run.parameters.stable === 6")
+        self.assertRegex(text("compared"), "(?i)they differ in [1-9]")
+        browser.save_screenshot(str(directory / "viewer-compare.png"))
+
     def test_takes_screenshots_in_both_themes(self):
         _, page = sample()
         for theme in ("light", "dark"):

@@ -17,6 +17,8 @@ import {drawScene} from './scene.mjs';
 import {fit, measure, resized} from './camera.mjs';
 import {fromBase64, openPackage} from './package.mjs';
 import {bindCompare} from './compareview.mjs';
+import {bindTables} from './table.mjs';
+import {savePicture} from './save.mjs';
 import {bindTabs} from './tabs.mjs';
 import {bindTune} from './tune.mjs';
 import {settingOf, showRun, startTuner} from './tuner.mjs';
@@ -56,6 +58,7 @@ function start() {
     measure(run);
     moveAxis(0.5, run.frames);
     bindLayers();
+    bindTabs();  // first: others measure what it shows
     bindHeader();
     bindPlayer();
     bindPointer();
@@ -65,7 +68,8 @@ function start() {
     startTuner(run);
     bindTune();
     bindCompare(readOther(columns));
-    bindTabs();
+    bindTables();
+    byId('picture').onclick = savePicture;
     bindKeys();
     watch(['run', 'frame', 'selection', 'hover', 'show', 'trail', 'camera', 'size', 'before'], () => drawScene());
     new ResizeObserver(resized).observe(byId('field'));

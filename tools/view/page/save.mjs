@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Files that the page offers for saving.
-import {element} from './dom.mjs';
+import {byId, element} from './dom.mjs';
+import {state} from './state.mjs';
 
 export function saveBlob(name, blob) {
     const url = URL.createObjectURL(blob), anchor = element('a', {href: url, download: name});
@@ -9,3 +10,6 @@ export function saveBlob(name, blob) {
     setTimeout(() => URL.revokeObjectURL(url), 1000);
 }
 export const save = (name, text, type) => saveBlob(name, new Blob([text], {type}));
+
+// The scene as it is shown now.
+export function savePicture() { byId('scene').toBlob(blob => saveBlob(`frame-${state.frame}.png`, blob), 'image/png'); }

@@ -4,7 +4,7 @@
 import {byId, element} from './dom.mjs';
 import {change, state, watch} from './state.mjs';
 
-const tabs = () => [['inspect', 'Inspect'], ['tune', 'Tune'], ['compare', 'Compare']];
+const tabs = () => [['inspect', 'Inspect'], ['tune', 'Tune'], ['compare', 'Compare'], ['tables', 'Tables']];
 
 function drawTabs() {
     for (const [name] of tabs()) {
@@ -34,8 +34,4 @@ export function bindTabs() {
         return tab;
     }));
     watch(['tab'], drawTabs);
-    // What is selected is told under its tab.
-    watch(['selection'], () => {
-        if (state.selection && !['inspect', 'tune', 'compare'].includes(state.tab)) change({tab: 'inspect'});
-    });
 }

@@ -188,7 +188,7 @@ function summaryText() {
 }
 
 function drawFigures() {
-    if (byId('tune').hidden) return;
+    if (state.tab !== 'tune') return;
     refresh(byId('figures'), figureTable(writtenRun().figures, state.run.figures, 'as written'));
     byId('tune-summary').textContent = summaryText();
     byId('setting').textContent = commandLine();
