@@ -60,7 +60,7 @@ endforeach()
 
 # The page does not repeat for view what it shares with track.
 set(shared ${page_track})
-list(FILTER shared EXCLUDE REGEX "--output")
+list(FILTER shared EXCLUDE REGEX "--(output|stitch|backfill)")
 list(APPEND page_view ${shared})
 list(REMOVE_DUPLICATES page_view)
 foreach(subcommand track view synth eval)

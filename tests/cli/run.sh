@@ -366,10 +366,38 @@ synth() {
     check "a perfect detector" "" "$(cut -d, -f1,3-6 truth.txt | sort >a; cut -d, -f1,3-6 stdout | sort | diff a - | head -3)"
     run synth --miss 1 --gt truth.txt
     check "a blind detector" "0|6000" "$(wc -l <stdout | tr -d ' ')|$(wc -l <truth.txt | tr -d ' ')"
+    for pan in 0 8 -8; do
+        zeltrack synth --pan $pan --frames 200 -o pan.txt
+        run track pan.txt
+        check "steadied at a pan of $pan" "$([ $pan = 0 ] && echo off || echo on)" "$(sed -n 's/^steady  *\([a-z]*\) .*/\1/p' stderr)"
+        check "hardly anything dropped at a pan of $pan" "" "$(grep '([0-9]\{3,\} more below' stderr)"
+    done
     run synth --gt same.txt -o ./same.txt
     check "truth and detections in one file" 2 "$status"
     zeltrack synth --objects 3 --frames 60 --seed 3 --gt truth.txt | zeltrack track -q - | cut -d, -f2 | sort -u >found
     check "every object found, under one identifier" "$(cut -d, -f2 truth.txt | sort -u | wc -l)" "$(wc -l <found)"
+}
+
+# --- recordings ------------------------------------------------------------------------------------------------------
+
+# One object that is hidden for 20 frames, and one that begins where the first would never be.
+recording() {
+    for f in 1 2 3 4 5 26 27 28; do echo "$f,-1,$((10 * f)),0,40,40,0.9"; done >hidden.txt
+    for f in 26 27 28; do echo "$f,-1,$((10 * f)),300,40,40,0.9"; done >>hidden.txt
+    while IFS='|' read -r name options rows; do
+        run track -q $options hidden.txt
+        check "$name" "0|$rows" "$status|$(cut -d, -f1,2,3 stdout | tr '\n' ' ')"
+    done <<'END'
+as a device tracks||2,1,20 3,1,30 4,1,40 5,1,50 27,2,270 27,3,270 28,2,280 28,3,280 
+over a gap|--stitch 21|2,1,20 3,1,30 4,1,40 5,1,50 27,2,270 27,3,270 28,2,280 28,3,280 
+over a gap that is long enough|--stitch 22|2,1,20 3,1,30 4,1,40 5,1,50 27,1,270 27,3,270 28,1,280 28,3,280 
+from the first detection on|--backfill|1,1,10 2,1,20 3,1,30 4,1,40 5,1,50 26,2,260 26,3,260 27,2,270 27,3,270 28,2,280 28,3,280 
+both|--backfill --stitch 21|1,1,10 2,1,20 3,1,30 4,1,40 5,1,50 26,1,260 26,3,260 27,1,270 27,3,270 28,1,280 28,3,280 
+END
+    zeltrack synth --frames 100 >det.txt
+    zeltrack track -q det.txt | sort >live.txt
+    zeltrack track -q --backfill det.txt | sort >filled.txt
+    check "what is written live stays" "" "$(comm -23 live.txt filled.txt)"
 }
 
 # --- figures ---------------------------------------------------------------------------------------------------------

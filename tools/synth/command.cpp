@@ -32,6 +32,8 @@ static void declare_options(command_line& line, synth_options& options)
         "--size", "WxH", [&options](const std::string& text) { return read_size(text, options); },
         "image size in pixels; each " + to_text(image_side) + " (default " + to_text(options.width) + 'x' +
             to_text(options.height) + ')');
+    line.number("--pan", "PX", options.pan, {-1000, 1000},
+                "how far the camera moves to the right in a frame, in pixels;\n");
     line.number("--miss", "P", options.miss, {0, 1}, "share of the objects that is not detected in a frame;\n");
     line.number("--noise", "PX", options.noise, {0, 1000},
                 "error of a detection's centre and height in pixels, as a\nstandard deviation");

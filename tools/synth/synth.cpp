@@ -39,6 +39,7 @@ synth_scene::synth_scene(const synth_options& options)
       width_(milli{1000} * options.width),
       height_(milli{1000} * options.height),
       noise_(std::llround(options.noise * 1000)),
+      pan_(std::llround(options.pan * 1000)),
       random_(options.seed)
 {
     // 0.8 of the distance between objects on a regular grid, so that they often cross and rarely hide each other
@@ -67,7 +68,10 @@ void synth_scene::place_at_edge(object& it)
 {
     it.x = uniform(0, width_ - 1);
     it.y = uniform(0, height_ - 1);
-    switch (uniform(0, 3)) {
+    milli edge = uniform(0, 3);
+    if (edge < 2 && pan_ != 0)  // at the side that the camera moves to, or it would be out of view at once
+        edge = pan_ > 0 ? 1 : 0;
+    switch (edge) {
     case 0:
         it.x = 0;
         it.dx = std::abs(it.dx);
@@ -92,7 +96,7 @@ void synth_scene::move(object& it)
     const milli jerk = it.height / 500;
     it.dx = std::clamp(it.dx + uniform(-jerk, jerk), -it.height / 20, it.height / 20);
     it.dy = std::clamp(it.dy + uniform(-jerk, jerk), -it.height / 40, it.height / 40);
-    it.x += it.dx;
+    it.x += it.dx - pan_;
     it.y += it.dy;
     it.height = std::clamp(it.height + it.growth, tallest_ / 2, tallest_);
 }

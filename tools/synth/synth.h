@@ -24,6 +24,7 @@ struct synth_options {
     int width = 1920;
     int height = 1080;
     double miss = 0.1;   // probability that an object is not detected in a frame
+    double pan = 0;      // pixels per frame that the camera moves to the right
     double noise = 1.0;  // standard deviation of a detection's centre and size, in pixels
     std::uint64_t seed = 1;
 };
@@ -61,6 +62,7 @@ private:
     milli width_, height_;
     milli tallest_;
     milli noise_;
+    milli pan_;
     int frame_ = 0;
     int next_id_ = 1;
     std::mt19937_64 random_;
