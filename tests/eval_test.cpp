@@ -288,6 +288,12 @@ TEST(Rules, RefuseRows)
     EXPECT_FALSE(truth(with(1, 2, 14), score_rules::mot15));
     const auto rows = with(2, 1, 1);
     EXPECT_TRUE(is(subject.score(rows.data(), rows.size(), result), reason::identifier_twice, 0));
+
+    std::vector<score_row> heap;  // each of a frame's boxes overlaps all others
+    for (int id = 1; id <= 1200; ++id)
+        heap.push_back({1, id, 0, 0, 9, 9});
+    EXPECT_FALSE(truth(heap, score_rules::mot15));
+    EXPECT_TRUE(is(subject.score(heap.data(), heap.size(), result), reason::too_crowded, 0));
 }
 
 // --- seqinfo.ini -----------------------------------------------------------------------------------------------------

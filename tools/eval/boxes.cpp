@@ -110,8 +110,8 @@ static double overlap_of(const edges& a, const edges& b)
     return shared / ((a.right - a.left) * (a.bottom - a.top) + (b.right - b.left) * (b.bottom - b.top) - shared);
 }
 
-void overlap_finder::find(const box_set& truth, const frame_span& objects, const box_set& tracks,
-                          const frame_span& found, std::vector<overlap_pair>& pairs)
+bool overlap_finder::find(const box_set& truth, const frame_span& objects, const box_set& tracks,
+                          const frame_span& found, std::size_t most, std::vector<overlap_pair>& pairs)
 {
     const edges* const track = tracks.boxes.data() + found.first;
     reach_.clear();
@@ -128,7 +128,10 @@ void overlap_finder::find(const box_set& truth, const frame_span& objects, const
             if (overlap > 0)
                 pairs.push_back({o, t, overlap});
         }
+        if (pairs.size() > most)
+            return false;
     }
+    return true;
 }
 
 }  // namespace zeltrack

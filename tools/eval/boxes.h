@@ -51,9 +51,10 @@ struct overlap_pair {
 
 class overlap_finder {
 public:
-    // Appends the frame's pairs, by true box and then by track, both from left to right.
-    void find(const box_set& truth, const frame_span& objects, const box_set& tracks, const frame_span& found,
-              std::vector<overlap_pair>& pairs);
+    // Appends the frame's pairs, by true box and then by track, both from left to right. False if that makes more than
+    // `most` of them, which are then not all there.
+    [[nodiscard]] bool find(const box_set& truth, const frame_span& objects, const box_set& tracks,
+                            const frame_span& found, std::size_t most, std::vector<overlap_pair>& pairs);
 
 private:
     std::vector<double> reach_;  // the rightmost edge of a track and all before it

@@ -17,18 +17,22 @@ public:
     void score(const scene& of, hota_score& result);
 
 private:
-    using counts = std::array<std::uint32_t, threshold_count>;
+    // A pair that was matched in one frame, at so many of the thresholds.
+    struct reached {
+        std::uint32_t link;
+        std::uint32_t level;
+    };
 
     void align(const scene& of);
     void match(const scene& of, hota_score& result);
-    void associate(const scene& of, hota_score& result) const;
+    void associate(const scene& of, hota_score& result);
 
     assignment assignment_;
     std::vector<edge> edges_;
     std::vector<double> object_sums_;  // of one frame's overlaps
     std::vector<double> track_sums_;
     std::vector<double> alignments_;  // by link
-    std::vector<counts> matches_;     // by link
+    std::vector<reached> matches_;
 };
 
 class clear_figures {

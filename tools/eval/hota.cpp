@@ -51,7 +51,7 @@ static void spread_down(Array& values)
 // Leaves the sums of overlaps in loc_a.
 void hota_figures::match(const scene& of, hota_score& result)
 {
-    matches_.assign(of.links.size(), counts{});
+    matches_.clear();
     for (const shared_frame& in : of.frames) {
         edges_.clear();
         for (std::size_t p = in.first_pair; p < in.first_pair + in.pairs; ++p) {
@@ -63,24 +63,27 @@ void hota_figures::match(const scene& of, hota_score& result)
             const std::size_t level = e == assignment::none ? 0 : level_of(of.pairs[in.first_pair + e].overlap);
             if (level == 0)
                 continue;
-            ++matches_[of.link_of[in.first_pair + e]][level - 1];
+            matches_.push_back({of.link_of[in.first_pair + e], static_cast<std::uint32_t>(level)});
             ++result.tp[level - 1];
             result.loc_a[level - 1] += of.pairs[in.first_pair + e].overlap;
         }
     }
     spread_down(result.tp);
     spread_down(result.loc_a);
-    for (counts& matches : matches_)
-        spread_down(matches);
 }
 
-void hota_figures::associate(const scene& of, hota_score& result) const
+void hota_figures::associate(const scene& of, hota_score& result)
 {
-    for (std::size_t l = 0; l < matches_.size(); ++l) {
-        const double object_frames = of.truth->frames_of[of.links[l].object];
-        const double track_frames = of.frames_of_track[of.links[l].track];
-        for (std::size_t t = 0; t < threshold_count && matches_[l][t] > 0; ++t) {
-            const double m = matches_[l][t];
+    std::sort(matches_.begin(), matches_.end(), [](const reached& a, const reached& b) { return a.link < b.link; });
+    for (auto first = matches_.begin(), last = first; first != matches_.end(); first = last) {
+        std::array<std::uint32_t, threshold_count> counts{};
+        for (; last != matches_.end() && last->link == first->link; ++last)
+            ++counts[last->level - 1];
+        spread_down(counts);
+        const double object_frames = of.truth->frames_of[of.links[first->link].object];
+        const double track_frames = of.frames_of_track[of.links[first->link].track];
+        for (std::size_t t = 0; t < threshold_count && counts[t] > 0; ++t) {
+            const double m = counts[t];
             result.ass_a[t] += m * m / (object_frames + track_frames - m);
             result.ass_re[t] += m * m / object_frames;
             result.ass_pr[t] += m * m / track_frames;

@@ -110,6 +110,9 @@ std::string text_of(const row_fault& fault, const score_file& file, int length)
                to_text(frame);
     case row_fault::reason::class_unknown:
         return text + "expected a class from 1 to " + to_text(score_classes) + ", found " + to_text(row.cls);
+    case row_fault::reason::too_crowded:
+        return text + "expected boxes that lie apart, found more than a hundred overlaps for each in frame " +
+               to_text(frame);
     case row_fault::reason::identifier_twice:
         break;
     }

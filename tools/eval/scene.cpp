@@ -56,8 +56,13 @@ std::optional<row_fault> prepared_truth::assign(const score_row* rows, std::size
 
 // --- frames and pairs ------------------------------------------------------------------------------------------------
 
-void scene::find_pairs()
+// An exact assignment of boxes that all overlap each other takes the square of their number in memory and the cube of it
+// in time. Crowds that can be told apart by eye have far fewer pairs.
+std::optional<row_fault> scene::find_pairs()
 {
+    constexpr std::size_t always = 1000000;
+    constexpr std::size_t per_box = 100;
+    const std::size_t most = always + per_box * (truth->set.boxes.size() + tracks.boxes.size());
     frames.clear();
     pairs.clear();
     auto found = tracks.frames.begin();
@@ -69,10 +74,14 @@ void scene::find_pairs()
         if (found->frame != objects.frame)
             continue;
         const std::size_t first = pairs.size();
-        finder_.find(truth->set, objects, tracks, *found, pairs);
+        if (!finder_.find(truth->set, objects, tracks, *found, most, pairs)) {
+            const std::size_t row = tracks.source[found->first];
+            return row_fault{row_fault::reason::too_crowded, row, row};
+        }
         frames.push_back(
             {objects.frame, objects, *found, first, static_cast<std::uint32_t>(pairs.size() - first), true});
     }
+    return std::nullopt;
 }
 
 // A track on a distractor is neither right nor wrong, unless an object that is not one claims it.
@@ -175,7 +184,8 @@ std::optional<row_fault> scene::assign(const prepared_truth& objects, const scor
     truth = &objects;
     if (const auto fault = tracks.assign(rows, count, objects.length))
         return fault;
-    find_pairs();
+    if (const auto fault = find_pairs())
+        return fault;
     apply_rules();
     count_tracks();
     join_links();

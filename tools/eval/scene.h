@@ -73,7 +73,7 @@ public:
     double tracks_left = 0;
 
 private:
-    void find_pairs();
+    [[nodiscard]] std::optional<row_fault> find_pairs();
     void drop_distracted(const shared_frame& in);
     void apply_rules();
     void keep_counted();

@@ -98,7 +98,12 @@ struct object_match {
 
 // Why rows are refused.
 struct row_fault {
-    enum class reason { frame_outside, class_unknown, identifier_twice };
+    enum class reason {
+        frame_outside,
+        class_unknown,
+        identifier_twice,
+        too_crowded,  // a track of the frame in which the overlaps of true boxes and tracks became too many
+    };
     reason why;
     std::size_t row;      // the index of the row
     std::size_t earlier;  // identifier_twice: of the one that it repeats; else the row itself
