@@ -293,7 +293,9 @@ TEST(Rules, RefuseRows)
     for (int id = 1; id <= 1200; ++id)
         heap.push_back({1, id, 0, 0, 9, 9});
     EXPECT_FALSE(truth(heap, score_rules::mot15));
-    EXPECT_TRUE(is(subject.score(heap.data(), heap.size(), result), reason::too_crowded, 0));
+    const auto crowded = subject.score(heap.data(), heap.size(), result);
+    ASSERT_TRUE(crowded);
+    EXPECT_EQ(crowded->why, reason::too_crowded);
 }
 
 // --- seqinfo.ini -----------------------------------------------------------------------------------------------------
