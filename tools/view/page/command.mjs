@@ -4,11 +4,12 @@
 import {exact} from './numbers.mjs';
 import {state} from './state.mjs';
 
-const AUTOMATIC = 3.4e38;  // a least confidence above it is chosen by the kit
+const CHOSEN = 3.4e38;  // a least confidence above it is chosen by the kit
 
 // Each option and its value, exactly: who runs the command gets the tracks of the page.
 function options() {
-    const {scale, euc, iou, stable, removal, minConf, maxObjects, ignoreClass, steady} = state.setting, {file} = state.run;
+    const {scale, euc, iou, stable, removal, minConf, maxObjects, ignoreClass, steady} = state.setting,
+                                                                               {file} = state.run;
     const {classColumn, classBase, frameBase} = file, float = value => exact(Math.fround(value));
     return [
         scale > 0 && ['scale', String(scale)],
@@ -16,7 +17,7 @@ function options() {
         ['iou', float(iou)],
         ['stable', stable],
         ['removal', removal],
-        minConf < AUTOMATIC && ['min-conf', float(minConf)],
+        minConf < CHOSEN && ['min-conf', float(minConf)],
         maxObjects > 0 && ['max-objects', maxObjects],
         classColumn > 0 && ['class-column', classColumn],
         classColumn > 0 && classBase !== 1 && ['class-base', classBase],

@@ -33,6 +33,7 @@ function parameterFacts() {
         fact('overlap above', exact(parameters.iou)),
         fact('confirmed at', plural(parameters.stable, 'match', 'matches')),
         fact('survives', plural(parameters.removal, 'miss', 'misses')), fact('capacity', whole(parameters.capacity)),
+        parameters.steadyNow > 0 && fact('camera', 'steadied'),
         parameters.ignoreClass > 0 && fact('classes', 'ignored'));
 }
 

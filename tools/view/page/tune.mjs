@@ -32,7 +32,12 @@ export const tunables = () => {
             log: true,
             get: () => state.run.gate,
             set: pixels => ({scale: gate / Number(pixels.toPrecision(4))}),
-            note: () => inBoxes(state.run.gate) + (parameters.chosen ? '' : ', automatic'),
+            note: () => inBoxes(state.run.gate),
+            automatic: {
+                is: () => !(state.setting.scale > 0),
+                patch: {scale: 0},
+                fix: () => ({scale: state.run.parameters.scale})
+            },
             text: short
         },
         {
@@ -89,22 +94,27 @@ export const tunables = () => {
             high: scoreRange[1],
             step: 0,
             get: () => Math.max(leastConfidence(), scoreRange[0]),
-            set: value => ({
-                minConf: value <= scoreRange[0] ? -3.4028234663852886e38 :
-                                                  Math.fround(single(Number(value.toPrecision(3))))
-            }),
+            set: value =>
+                ({minConf: value <= scoreRange[0] ? -AUTOMATIC : Math.fround(single(Number(value.toPrecision(3))))}),
             note: () => `${whole(state.run.weak)} of ${whole(input.count)} dropped`,
             text: value => exact(value),
+            automatic: {
+                is: () => state.setting.minConf === AUTOMATIC,
+                patch: {minConf: AUTOMATIC},
+                fix: () => ({minConf: Math.fround(leastConfidence())})
+            },
             histogram: true
         }] :
                                             []),
     ];
 };
 
+const AUTOMATIC = 3.4028234663852886e38;  // the least confidence that leaves the choice to the kit
+
 // What the kit chose, if it did.
 function leastConfidence() {
     const {minConf} = state.setting;
-    return minConf < 3.4e38 ? minConf : state.run.parameters.minConfNow;
+    return minConf < AUTOMATIC ? minConf : state.run.parameters.minConfNow;
 }
 
 const TICKS = 1000;
@@ -119,6 +129,22 @@ export const fromTicks = ({low, high, log, root, step}, ticks) => {
 };
 
 // --- controls ---
+
+// Ticked, the kit chooses; not, what it chose last stays.
+function automaticBox({automatic, label}, id) {
+    const box = element(
+        'input',
+        {type: 'checkbox', id: id + '-auto', onchange: () => set(box.checked ? automatic.patch : automatic.fix())});
+    box.setAttribute('aria-label', label + ' automatic');
+    return element('label', {htmlFor: id + '-auto'}, box, 'auto');
+}
+
+const STEADY = [['-1', 'where the camera moves'], ['1', 'always'], ['0', 'never']];
+const steadyControl = () => element(
+    'label', {className: 'check'}, 'Steady the camera ',
+    element(
+        'select', {id: 'tune-steady', onchange: event => set({steady: Number(event.target.value)})},
+        ...STEADY.map(([value, text]) => element('option', {value}, text))));
 
 function control(it) {
     const id = 'tune-' + it.name, slider = element('input', {
@@ -142,7 +168,7 @@ function control(it) {
     button.setAttribute('aria-label', 'Sweep ' + it.label);
     return element(
         'div', {className: 'tunable'}, element('label', {htmlFor: id}, it.label),
-        element('span', {className: 'note', id: id + '-note'}),
+        element('div', {className: 'note'}, element('span', {id: id + '-note'}), it.automatic && automaticBox(it, id)),
         it.histogram && element('canvas', {id: 'confidences', className: 'wide'}), slider, field, span(it.unit), button,
         element('div', {className: 'wide', id: id + '-chart'}));
 }
@@ -155,7 +181,9 @@ function drawControls() {
         slider.setAttribute('aria-valuetext', `${it.text(value)} ${it.unit}`);
         if (document.activeElement !== field) field.value = it.text(value).replace(/,/g, '');
         byId(id + '-note').textContent = it.note?.() ?? '';
+        if (it.automatic) byId(id + '-auto').checked = it.automatic.is();
     }
+    byId('tune-steady').value = String(state.setting.steady);
     drawConfidences();
 }
 
@@ -212,7 +240,7 @@ export function bindTune() {
     byId('tune').replaceChildren(
         element('p', {id: 'tune-summary', role: 'status'}),
         element(
-            'section', {}, element('h2', {}, 'Parameters'), ...tunables().map(control),
+            'section', {}, element('h2', {}, 'Parameters'), ...tunables().map(control), steadyControl(),
             state.run.hasClasses &&
                 element(
                     'label', {className: 'check'}, element('input', {
