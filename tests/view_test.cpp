@@ -10,10 +10,13 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <random>
 #include <sstream>
 
+#include "cli/failure.h"
 #include "mot/mot.h"
 #include "view/column.h"
 #include "view/recorder.h"
@@ -319,6 +322,20 @@ TEST(Page, HoldsAnySequenceAndNothingForEmptyFrames)
     const std::size_t empty = page_of({});
     EXPECT_GT(page_of({1}), empty);
     EXPECT_LT(page_of({1, 100000}), page_of({1, 3}) + 20);
+}
+
+TEST(Pictures, AreListedByNameAndSeenFromThePage)
+{
+    const std::string root = testing::TempDir() + "zel-pictures";
+    std::filesystem::remove_all(root);
+    std::filesystem::create_directories(root + "/seq/img1");
+    for (const char* name : {"000002.JPG", "000001.jpg", "Thumbs.db", "000003.png"})
+        std::ofstream(root + "/seq/img1/" + name) << name;
+    const picture_files found = find_pictures(root + "/seq", root + "/pages/page.html");
+    EXPECT_EQ(found.folder, "../seq/img1");
+    EXPECT_EQ(found.names, (std::vector<std::string>{"000001.jpg", "000002.JPG", "000003.png"}));
+    EXPECT_THROW(find_pictures(root, "page.html"), failure);
+    EXPECT_THROW(find_pictures(root + "/none", "page.html"), failure);
 }
 
 }  // namespace zeltrack

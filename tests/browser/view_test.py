@@ -2,6 +2,7 @@
 #
 # The page of `zeltrack view` in a real browser: view_test.py ZELTRACK DIRECTORY. Pages and screenshots stay in the
 # directory, to be looked at. Keys, clicks and text are a user's; boxes and places are read from the script's variables.
+import base64
 import pathlib
 import subprocess
 import sys
@@ -240,6 +241,23 @@ class ViewTest(unittest.TestCase):
         self.wait_for("state.run.parameters.stable === 6")
         self.assertRegex(text("compared"), "(?i)they differ in [1-9]")
         browser.save_screenshot(str(directory / "viewer-compare.png"))
+
+    def test_shows_pictures_beneath_and_saves_the_scene_without(self):
+        detections, _ = sample()
+        folder = directory / "pictures of it" / "img1"
+        folder.mkdir(parents=True, exist_ok=True)
+        pixel = "R0lGODlhAQABAIAAAP8AAAAAACH5BAAAAAAALAAAAAABAAEAAAICRAEAOw=="
+        for number in (1, 2):
+            (folder / f"{number:06d}.gif").write_bytes(base64.b64decode(pixel))
+        page = view(detections, "--images", str(folder.parent))
+        open_page(page)
+        self.wait_for("pictureOf(1).naturalWidth === 1")
+        self.assertEqual(browser.run("return [extent.w, extent.h]"), [1, 1])
+        saved = """
+            const canvas = document.createElement('canvas');
+            drawScene(canvas, true);
+            return canvas.toDataURL().slice(0, 21)"""
+        self.assertEqual(browser.run(saved), "data:image/png;base64")
 
     def test_takes_screenshots_in_both_themes(self):
         _, page = sample()

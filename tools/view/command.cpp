@@ -8,6 +8,7 @@
 #include "cli/output_file.h"
 #include "eval/pairing.h"
 #include "eval/rows.h"
+#include "mot/seqinfo.h"
 #include "view/view.h"
 
 namespace zeltrack {
@@ -65,10 +66,13 @@ static void run(command_line& line)
     std::string output;
     std::string truth;
     std::string compared;
+    std::string images;
     bool no_sync = false;
     declare_options(line, options.track);
     line.text("--gt", "FILE", truth, "ground truth with identifiers, to be shown beside the tracks");
     line.text("--compare", "FILE", compared, "tracks of any tracker, to be shown beside these");
+    line.text("--images", "DIR", images,
+              "pictures, by name or in a folder img1, to be shown beneath;\nthe page refers to where they lie");
     line.text("-o,--output", "PAGE", output, "where to write the page; - is standard output").required();
     line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
@@ -78,12 +82,21 @@ static void run(command_line& line)
     refuse_shared_files({options.track.detections, truth, compared}, {output});
     if (truth == "-" && options.track.detections == "-")
         throw failure("--gt: expected a file other than that of the detections", exit_usage);
+    if (compared == "-" && (truth == "-" || options.track.detections == "-"))
+        throw failure("--compare: expected a file of its own", exit_usage);
     const sequence file = load_sequence(options.track);
     if (!truth.empty())
         options.truth = load_truth(truth, options.track.layout.frame_base);
     if (!compared.empty()) {
         options.compared = load_tracks(compared, options.track.layout.frame_base);
         options.compared_name = compared;
+    }
+    if (!images.empty())
+        options.pictures = find_pictures(images, output);
+    if (!file.info.empty()) {
+        const sequence_info info = load_sequence_info(file.info);
+        options.width = info.width;
+        options.height = info.height;
     }
     output_file page(output, !no_sync);
     const track_summary summary = view_sequence(file, options, page.buffer());

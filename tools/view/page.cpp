@@ -31,6 +31,15 @@ static void append_page(std::string& page, std::initializer_list<std::pair<std::
     page.append(rest);
 }
 
+static void pack_pictures(package& data, const picture_files& pictures)
+{
+    std::string names;
+    for (const std::string& name : pictures.names)
+        names.append(names.empty() ? "" : "\n").append(name);
+    data.text("pictureFolder", pictures.folder);
+    data.text("pictureNames", names);
+}
+
 static void pack_compared(package& data, const view_options& options, int frames)
 {
     if (options.compared_name.empty())
@@ -59,9 +68,13 @@ track_summary view_sequence(const sequence& file, const view_options& options, s
     data.text("file", options.track.detections);
     data.text("command", options.command);
     pack_input(data, file, options.track);
+    data.number("width", options.width);
+    data.number("height", options.height);
     if (options.truth)
         pack_truth(data, *options.truth);
     pack_compared(data, options, file.frames);
+    if (!options.pictures.names.empty())
+        pack_pictures(data, options.pictures);
     progress bar(!options.track.quiet, "frame", file.frames);
     const track_summary summary = pack_tracked(data, {file, options.truth ? &*options.truth : nullptr}, options.track,
                                                [&bar](int frame) { bar.update(frame); });

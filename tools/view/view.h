@@ -12,6 +12,7 @@
 #include "cli/command_line.h"
 #include "track/track.h"
 #include "view/columns.h"
+#include "view/pictures.h"
 
 namespace zeltrack {
 
@@ -22,7 +23,10 @@ struct view_options {
     std::optional<true_boxes> truth;
     std::vector<mot_row> compared;  // tracks of another tracker, by frame
     std::string compared_name;      // empty: there are none
-    std::string command;            // that makes the page again
+    int width = 0;                  // of the image; 0: not known
+    int height = 0;
+    picture_files pictures;  // without names: there are none
+    std::string command;     // that makes the page again
 };
 
 // Tracks the sequence and appends the page that tells all about it. The page holds the dropped rows as well.

@@ -18,6 +18,7 @@ import {fit, measure, resized} from './camera.mjs';
 import {fromBase64, openPackage} from './package.mjs';
 import {bindCompare} from './compareview.mjs';
 import {bindTables} from './table.mjs';
+import {bindPictures} from './pictures.mjs';
 import {savePicture} from './save.mjs';
 import {bindTabs} from './tabs.mjs';
 import {bindTune} from './tune.mjs';
@@ -28,10 +29,10 @@ const layers = [
     ['detections', 'Detections', true],
     ['tracks', 'Tracks', true, 'solid: confirmed, dashed: tentative, dotted: missed'], ['gates', 'Gates', true],
     ['labels', 'Identifiers', true], ['scores', 'Scores', false], ['truth', 'Truth', true],
-    ['before', 'A', true, 'the tracks that these are compared with']
+    ['before', 'A', true, 'the tracks that these are compared with'], ['pictures', 'Pictures', true]
 ];
 
-function bindLayers() {
+function bindLayers(hasPictures) {
     for (const [name, text, checked, title = ''] of layers) {
         const box = element('input', {
             type: 'checkbox',
@@ -41,7 +42,12 @@ function bindLayers() {
         });
         byId('trail-label')
             .before(element(
-                'label', {title, hidden: (name === 'truth' && !state.run.truth) || name === 'before'}, box, text));
+                'label', {
+                    title,
+                    hidden: (name === 'truth' && !state.run.truth) || name === 'before' ||
+                        (name === 'pictures' && !hasPictures)
+                },
+                box, text));
         state.show[name] = checked && (name !== 'truth' || state.run.truth !== null);
     }
     byId('trail').oninput = () => change({trail: byId('trail').valueAsNumber});
@@ -57,7 +63,7 @@ function start() {
     showRun(run, settingOf(run));
     measure(run);
     moveAxis(0.5, run.frames);
-    bindLayers();
+    bindLayers(columns.has('pictureNames'));
     bindTabs();  // first: others measure what it shows
     bindHeader();
     bindPlayer();
@@ -69,6 +75,7 @@ function start() {
     bindTune();
     bindCompare(readOther(columns));
     bindTables();
+    bindPictures(columns);
     byId('picture').onclick = savePicture;
     bindKeys();
     watch(['run', 'frame', 'selection', 'hover', 'show', 'trail', 'camera', 'size', 'before'], () => drawScene());

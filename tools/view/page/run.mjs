@@ -275,6 +275,7 @@ export function readFile(columns) {
         truth: readTruth(columns),
         others: columns.has('othersCount') ? readBoxes(columns, 'others') : null,
         frames: columns.number('frames'),
+        size: columns.number('width') ? [columns.number('width'), columns.number('height')] : null,
         classColumn: columns.number('classColumn'),
         classBase: columns.number('classBase'),
         frameBase: columns.number('frameBase')

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Files that the page offers for saving.
-import {byId, element} from './dom.mjs';
+import {drawScene} from './scene.mjs';
+import {element} from './dom.mjs';
 import {state} from './state.mjs';
 
 export function saveBlob(name, blob) {
@@ -11,5 +12,9 @@ export function saveBlob(name, blob) {
 }
 export const save = (name, text, type) => saveBlob(name, new Blob([text], {type}));
 
-// The scene as it is shown now.
-export function savePicture() { byId('scene').toBlob(blob => saveBlob(`frame-${state.frame}.png`, blob), 'image/png'); }
+// The scene as it is shown now, without the picture beneath.
+export function savePicture() {
+    const canvas = element('canvas', {});
+    drawScene(canvas, true);
+    canvas.toBlob(blob => saveBlob(`frame-${state.frame}.png`, blob), 'image/png');
+}

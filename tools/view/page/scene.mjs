@@ -229,11 +229,12 @@ function drawMarked(g, run, marked, grow) {
 export const underlays = [];  // drawn beneath all, by others
 export const overlays = [];   // between boxes and labels
 
-export function drawScene(canvas = byId('scene')) {
+// `plain` leaves out what must not be saved: a canvas that shows a picture of the disk cannot be read again.
+export function drawScene(canvas = byId('scene'), plain = false) {
     const {run, frame, show} = state, [w, h] = fieldSize(), g = surface(canvas, w, h);
     const live = liveAt(run, frame), found = detectionsAt(run, frame);
     drawGrid(g, w, h);
-    for (const draw of underlays) draw(g);
+    for (const draw of underlays) draw(g, plain);
     if (show.gates)
         for (const k of live) drawGate(g, run, k);
     if (run.truth && show.truth) drawTruth(g, run);
