@@ -11,7 +11,7 @@ namespace allocations {
 
 extern volatile int live;               // blocks not yet freed
 extern volatile std::size_t requested;  // bytes of the last request, granted or not
-extern volatile int granted;  // so many requests succeed, the one behind them fails, and all after it succeed again
+extern volatile int granted;  // so many requests succeed, the one after them fails, and all after it succeed again
 
 constexpr int unlimited = -1;
 

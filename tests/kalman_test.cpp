@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 #include "allocations.h"
 #include "matrices.h"
@@ -49,14 +50,16 @@ TEST(Block, HoldsAllMatricesBackToBackAndZeroed)
         ASSERT_NE(f, nullptr);
         EXPECT_EQ(allocations::live, live + 1);
         EXPECT_EQ(allocations::requested, sizeof(zel_kalman_t) + c.headers * sizeof(zel_mat_t) + c.floats * 4);
-        EXPECT_TRUE(f->ns == c.ns && f->nm == c.nm && f->mbuf == f + 1);
+        EXPECT_EQ(std::tie(f->ns, f->nm), std::tie(c.ns, c.nm));
+        EXPECT_EQ(f->mbuf, f + 1);
         auto* next = static_cast<unsigned char*>(f->mbuf);
         for (size_t i = 0; i < 14; ++i) {
             zel_mat_t* mat = f->*slots[i].field;
             ASSERT_EQ(static_cast<void*>(mat), i < c.headers ? static_cast<void*>(next) : &model[i - 10]) << i;
             if (i >= c.headers)
                 continue;
-            EXPECT_TRUE(mat->type == 5 && static_cast<void*>(mat->data.p) == mat + 1) << i;
+            EXPECT_EQ(mat->type, 5) << i;
+            EXPECT_EQ(static_cast<void*>(mat->data.p), mat + 1) << i;
             const auto values = get(mat);
             EXPECT_EQ(values, std::vector<float>(values.size(), 0));
             next += (sizeof(zel_mat_t) + values.size() * 4 + 7) / 8 * 8;

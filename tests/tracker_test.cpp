@@ -2,28 +2,26 @@
 //
 // The tracker, its unit included for its records. Coordinates are mostly small whole numbers, so that distances and
 // overlaps are exact and ties are real.
-#include "zel_tracker.cpp"
+#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <random>
 #include <string>
-#include <vector>
+#include <tuple>
 
-#include "allocations.h"
-#include "gtest/gtest.h"
+static void require(bool holds, const char* what)
+{
+    EXPECT_TRUE(holds) << what;
+}
+
+#include "tracked.h"
 
 namespace {
 
 constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
 constexpr float inf_f = std::numeric_limits<float>::infinity();
-
-// --- frames ----------------------------------------------------------------------------------------------------------
-
-using input_row = std::array<float, 6>;
-using output_row = std::array<float, 8>;
 
 // Centre box, as the tracker has it inside.
 struct box {
@@ -38,68 +36,6 @@ std::vector<input_row> rows_of(const std::vector<box>& boxes)
     std::transform(boxes.begin(), boxes.end(), input.begin(), [](const box& b) { return b.row(); });
     return input;
 }
-
-template <size_t n>
-float (*pointer(std::vector<std::array<float, n>>& rows))[n]
-{
-    return reinterpret_cast<float(*)[n]>(rows.data());
-}
-
-// A handle that is given frames and checked after each of them.
-struct tracked {
-    tracked(int capacity, int stable, int removal, float euc = 0.5F, float iou = 0.3F, int ignore_class = 0)
-        : handle(
-              static_cast<tracker_t*>(zel_tracker_create(640, 480, capacity, euc, iou, stable, removal, ignore_class)))
-    {
-    }
-    ~tracked()
-    {
-        zel_tracker_release(handle);
-        EXPECT_EQ(allocations::live, live);
-    }
-    tracked(const tracked&) = delete;
-    tracked& operator=(const tracked&) = delete;
-    tracker_t* operator->() { return handle; }
-
-    // Returns the reported rows. A full input has no terminating row, so that a sanitizer sees a row read too many.
-    std::vector<output_row> frame(std::vector<input_row> input)
-    {
-        output_row untouched;
-        untouched.fill(12345);
-        std::vector<output_row> output(static_cast<size_t>(handle->nmaxobjs), untouched);
-        input.resize(std::min(input.size() + 1, output.size()));
-        input.shrink_to_fit();
-        zel_tracker_process(handle, pointer(input), pointer(output));
-        EXPECT_EQ(static_cast<size_t>(handle->track_count), tracks().size());
-        for (const trk_obj_t* obj : tracks())
-            EXPECT_TRUE((obj->id >= 0) == (obj->kalman != nullptr) && (obj->id >= 0) == (obj->obv != nullptr));
-        const auto end = std::find_if(output.begin(), output.end(), [](const output_row& row) { return row[0] == -1; });
-        for (auto row = end; row != output.end(); ++row)
-            EXPECT_TRUE(std::equal(row->begin() + (row == end), row->end(), untouched.begin() + (row == end)));
-        output.erase(end, output.end());
-        return output;
-    }
-    std::vector<output_row> frame(const std::vector<box>& boxes) { return frame(rows_of(boxes)); }
-    std::vector<output_row> frame() { return frame(std::vector<input_row>()); }
-    // Intake and association alone.
-    void associate(std::vector<input_row> input)
-    {
-        input.resize(std::min(input.size() + 1, static_cast<size_t>(handle->nmaxobjs)));
-        input.shrink_to_fit();
-        tracker_extract(handle, pointer(input));
-        tracker_match(handle);
-    }
-    std::vector<trk_obj_t*> tracks()
-    {
-        std::vector<trk_obj_t*> all;
-        for (list_head* node = handle->track_list.next; node != &handle->track_list; node = node->next)
-            all.push_back(reinterpret_cast<trk_obj_t*>(node));
-        return all;
-    }
-
-    const int live = allocations::live;  // before the handle is made
-    tracker_t* handle;
-};
 
 // --- the handle ------------------------------------------------------------------------------------------------------
 
@@ -123,13 +59,12 @@ TEST(Handle, StartsEmptyWithItsParametersClamped)
     for (const params_case& p : params) {
         SCOPED_TRACE(p.name);
         tracked t(4, p.stable, p.removal, p.euc, p.iou, 7);
-        EXPECT_TRUE(t->euc_thresh == p.euc_stored && t->iou_thresh == p.iou_stored);
-        EXPECT_TRUE(t->fcnt_stable == p.stable_stored && t->fcnt_removal == p.removal_stored);
-        EXPECT_TRUE(t->tid == 1 && t->track_count == 0 && t.tracks().empty() && t->ignore_class == 7);
-        EXPECT_TRUE(t->im_w == 640 && t->im_h == 480 && t->nmaxobjs == 4);
+        EXPECT_EQ(std::tie(t->euc_thresh, t->iou_thresh, t->fcnt_stable, t->fcnt_removal, t->ignore_class),
+                  std::tuple(p.euc_stored, p.iou_stored, p.stable_stored, p.removal_stored, 7));
+        EXPECT_EQ(std::tie(t->im_w, t->im_h, t->nmaxobjs, t->tid, t->track_count), std::tuple(640, 480, 4, 1, 0));
         zel_tracker_set_params(t.handle, 2.5F, -0.2F, 6, -3, 2);  // stored as they are
-        EXPECT_TRUE(t->euc_thresh == 2.5F && t->iou_thresh == -0.2F && t->fcnt_stable == 6);
-        EXPECT_TRUE(t->fcnt_removal == -3 && t->ignore_class == 2);
+        EXPECT_EQ(std::tie(t->euc_thresh, t->iou_thresh, t->fcnt_stable, t->fcnt_removal, t->ignore_class),
+                  std::tuple(2.5F, -0.2F, 6, -3, 2));
     }
 }
 
@@ -141,7 +76,7 @@ TEST(Handle, OfNoCapacityWorksAndOfNegativeIsRefused)
     float input[1][6] = {{1}};
     float output[1][8] = {{7}};
     zel_tracker_process(t.handle, input, output);
-    EXPECT_TRUE(t->track_count == 0 && output[0][0] == 7);
+    EXPECT_EQ(output[0][0], 7);
 }
 
 // --- intake ----------------------------------------------------------------------------------------------------------
@@ -163,7 +98,7 @@ TEST(Intake, CutsClassesAsTheTargetDoes)
     for (const auto& [value, cut] : classes) {
         tracked t(1, 1, 1);
         t.associate({{value}});
-        EXPECT_TRUE(t->ncurobjs == 1 && t->cur_obj[0].c == cut) << value;
+        EXPECT_EQ(std::pair(t->ncurobjs, t->cur_obj[0].c), std::pair(1, cut)) << value;
     }
 }
 
@@ -173,9 +108,9 @@ TEST(Intake, TurnsCornersIntoCentresUpToTheFirstRowOfClassZero)
     t.associate({{1, 10, 20, 30, 60, 0.9F}, {2, 30, 60, 10, 20, -1}, {-0.0F, 1, 1, 2, 2, 1}, {1, 1, 1, 2, 2, 1}});
     ASSERT_EQ(t->ncurobjs, 2);
     const det_obj_t& a = t->cur_obj[0];
-    EXPECT_TRUE(a.c == 1 && a.x == 20 && a.y == 40 && a.w == 20 && a.h == 40 && a.s == 0.9F);
+    EXPECT_EQ(std::tie(a.c, a.x, a.y, a.w, a.h, a.s), std::tuple(1, 20, 40, 20, 40, 0.9F));
     const det_obj_t& b = t->cur_obj[1];  // corners the other way round are carried
-    EXPECT_TRUE(b.c == 2 && b.x == 20 && b.y == 40 && b.w == -20 && b.h == -40 && b.s == -1);
+    EXPECT_EQ(std::tie(b.c, b.x, b.y, b.w, b.h, b.s), std::tuple(2, 20, 40, -20, -40, -1));
     t.associate({{1}, {1}, {1}, {1}});
     EXPECT_EQ(t->ncurobjs, 4);
 }
@@ -234,7 +169,7 @@ TEST(Association, FollowsItsRules)
     for (const match_case& c : matches) {
         SCOPED_TRACE(c.name);
         tracked t(8, 9, 9, c.euc, c.iou, c.ignore_class);
-        t.frame(c.tracks);
+        t.frame(rows_of(c.tracks));
         t.associate(rows_of(c.detections));
         EXPECT_EQ(t.tracks().size(), c.tracks.size());
         expect_matches(t, c.matched, c.scores);
@@ -367,7 +302,7 @@ TEST(Life, OfOneObject)
                 continue;
             }
             const bool seen = *frame == 'd';
-            const auto rows = seen ? t.frame({box{20}}) : t.frame();
+            const auto rows = seen ? t.frame(rows_of({box{20}})) : t.frame({});
             reported += rows.empty() ? '-' : static_cast<char>('0' + static_cast<int>(rows[0][0]));
             alive += static_cast<char>('0' + t->track_count);
             for (const output_row& row : rows)
@@ -382,13 +317,12 @@ TEST(Life, OfAWorkedSequence)
 {
     tracked t(4, 2, 10);
     EXPECT_TRUE(t.frame({{1, 10, 10, 30, 50, 0.9F}}).empty());
-    EXPECT_TRUE(t.tracks()[0]->match_count == 1 && t.tracks()[0]->id == -1);
     EXPECT_EQ(t.frame({{1, 12, 10, 32, 50, 0.8F}}), (std::vector<output_row>{{1, 1, 12, 10, 32, 50, 0.8F, 0}}));
     const trk_obj_t* obj = t.tracks()[0];
     const float* x_post = obj->kalman->x_post->data.f;
     EXPECT_EQ(std::vector<float>(x_post, x_post + 8), (std::vector<float>{22, 30, 20, 30, 20, 40, 20, 40}));
     const auto rows = t.frame({{1, 14, 10, 34, 50, 0.85F}});
-    EXPECT_TRUE(obj->pr_x == 24 && obj->pr_y == 30 && obj->pr_w == 20 && obj->pr_h == 40);
+    EXPECT_EQ(std::tie(obj->pr_x, obj->pr_y, obj->pr_w, obj->pr_h), std::tuple(24, 30, 20, 40));
     ASSERT_EQ(rows.size(), 1U);
     const output_row expected = {1, 1, 14, 10, 34, 50, 0.85F, 0};
     for (size_t i = 0; i < 8; ++i)
@@ -414,14 +348,14 @@ TEST(Life, OfAConfirmedTrackFollowsTheMotionModel)
     std::mt19937 bits(2);
     const auto shake = [&] { return static_cast<float>(bits() % 100) / 25 - 2; };
     tracked t(1, 2, 10);
-    t.frame({box{100, 200, 50, 80}});
-    t.frame({box{102, 201, 49, 82}});
+    t.frame(rows_of({box{100, 200, 50, 80}}));
+    t.frame(rows_of({box{102, 201, 49, 82}}));
     coordinate model[4] = {{102, 100}, {201, 200}, {49, 50}, {82, 80}};
     const trk_obj_t* obj = t.tracks()[0];
     for (int n = 0; n < 30; ++n) {
         const bool seen = n % 7 != 3;  // unseen, the prediction stands still
         const box b = {104 + 3 * static_cast<float>(n) + shake(), 202 + shake(), 49 + shake(), 82 + shake()};
-        seen ? t.frame({b}) : t.frame();
+        seen ? t.frame({b.row()}) : t.frame({});
         const float pr[] = {obj->pr_x, obj->pr_y, obj->pr_w, obj->pr_h};
         const float now[] = {obj->x, obj->y, obj->w, obj->h};
         const float z[] = {b.x, b.y, b.w, b.h};
@@ -438,25 +372,23 @@ TEST(Life, OfAConfirmedTrackFollowsTheMotionModel)
 TEST(Life, BornConfirmedStartsWithoutMotionAndTakesTheLatestDetection)
 {
     tracked t(2, 1, 10, 0.5F, 0.3F, 1);
-    EXPECT_EQ(t.frame({box{10, 20, 8, 6, 3}}), (std::vector<output_row>{{1, 3, 6, 17, 14, 23, 0.5F, 0}}));
-    t.frame();
+    EXPECT_EQ(t.frame(rows_of({box{10, 20, 8, 6, 3}})), (std::vector<output_row>{{1, 3, 6, 17, 14, 23, 0.5F, 0}}));
+    t.frame({});
     const trk_obj_t* obj = t.tracks()[0];
-    EXPECT_TRUE(obj->pr_x == 10 && obj->pr_y == 20 && obj->pr_w == 8 && obj->pr_h == 6);
+    EXPECT_EQ(std::tie(obj->pr_x, obj->pr_y, obj->pr_w, obj->pr_h), std::tuple(10, 20, 8, 6));
     const auto rows = t.frame({{7, 96, 17, 104, 23, 0.1F}, {5, 6, 17, 14, 23, 0.25F}});
-    ASSERT_EQ(rows.size(), 2U);
-    EXPECT_TRUE(rows[0][0] == 1 && rows[0][1] == 5 && rows[0][6] == 0.25F && rows[0][7] == 1);
-    EXPECT_TRUE(rows[1][0] == 2 && rows[1][1] == 7 && rows[1][6] == 0.1F && rows[1][7] == 0);
+    EXPECT_EQ(rows, (std::vector<output_row>{{1, 5, 6, 17, 14, 23, 0.25F, 1}, {2, 7, 96, 17, 104, 23, 0.1F, 0}}));
 }
 
 TEST(Life, StopsAtCapacity)
 {
     tracked t(2, 1, 1);
-    EXPECT_EQ(t.frame({box{0}}).size(), 1U);
-    const std::vector<box> two = {{100}, {200}};
+    EXPECT_EQ(t.frame(rows_of({box{0}})).size(), 1U);
+    const auto two = rows_of({{100}, {200}});
     const auto rows = t.frame(two);  // room for one of them
     ASSERT_EQ(rows.size(), 2U);
-    EXPECT_TRUE(rows[0][7] == -1 && rows[1][7] == 0 && rows[1][0] == 2);
-    EXPECT_TRUE(t->match_obj[0] == t.tracks()[1] && t->match_obj[1] == nullptr);
+    EXPECT_EQ(std::tuple(rows[0][7], rows[1][7], rows[1][0]), std::tuple(-1, 0, 2));
+    EXPECT_EQ(t->match_obj[1], nullptr);
     EXPECT_EQ(t.frame(two).size(), 1U);  // the oldest goes, its place is free for the frame behind
     EXPECT_EQ(t.frame(two)[1][0], 3);
     t->nmaxobjs = 1;
@@ -468,37 +400,37 @@ TEST(Life, StopsAtCapacity)
 TEST(Life, IssuesIdentifiersInOrderOfConfirmationAndWraps)
 {
     tracked t(8, 2, 1);
-    t.frame({box{0}, {100}});
-    EXPECT_EQ(t.frame({box{100}})[0][0], 1);  // the other one uses up none
+    t.frame(rows_of({box{0}, {100}}));
+    EXPECT_EQ(t.frame(rows_of({box{100}}))[0][0], 1);  // the other one uses up none
     t->tid = 1048574;
-    const std::vector<box> three = {{200}, {300}, {400}};
+    const auto three = rows_of({{200}, {300}, {400}});
     t.frame(three);
     const auto rows = t.frame(three);
     ASSERT_EQ(rows.size(), 3U);
-    EXPECT_TRUE(rows[0][0] == 1048574 && rows[1][0] == 1 && rows[2][0] == 2);
+    EXPECT_EQ(std::tuple(rows[0][0], rows[1][0], rows[2][0]), std::tuple(1048574, 1, 2));
 }
 
 TEST(Life, IsTheSameWithoutOutputAndAtTheEndOfCounting)
 {
     tracked t(1, 2, INT_MAX);
-    float input[1][6] = {{1, 0, 0, 8, 8, 1}};
-    zel_tracker_process(t.handle, input, nullptr);
-    zel_tracker_process(t.handle, input, nullptr);
+    t.frame({{1, 0, 0, 8, 8, 1}}, false);
+    t.frame({{1, 0, 0, 8, 8, 1}}, false);
     trk_obj_t* obj = t.tracks()[0];
     EXPECT_EQ(obj->id, 1);
     obj->match_count = obj->miss_count = INT_MAX;
-    t.frame();
-    EXPECT_TRUE(t->track_count == 1 && obj->miss_count == INT_MAX);
-    t.frame({box{4, 4}});
-    EXPECT_TRUE(obj->match_count == INT_MAX && obj->miss_count == 0);
+    t.frame({});
+    EXPECT_EQ(obj->miss_count, INT_MAX);
+    t.frame(rows_of({{4, 4}}));
+    EXPECT_EQ(obj->match_count, INT_MAX);
 }
 
 TEST(Life, OfTheNextBeginsWhenARecordCannotBeMade)
 {
     tracked t(4, 2, 9);
     allocations::granted = 0;
-    t.frame({box{0}, {100}});
-    EXPECT_TRUE(t->track_count == 1 && t.tracks()[0]->x == 100);
+    t.frame(rows_of({{0}, {100}}));
+    ASSERT_EQ(t->track_count, 1);
+    EXPECT_EQ(t.tracks()[0]->x, 100);
 }
 
 }  // namespace

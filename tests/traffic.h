@@ -15,7 +15,7 @@ public:
 
     traffic(size_t objects, unsigned seed) : random_(seed), objects_(objects) {}
 
-    // The rows of the next frame, closed by one of class 0.
+    // The rows of the next frame.
     std::vector<row>& next()
     {
         rows_.clear();
@@ -28,7 +28,6 @@ public:
                 rows_.push_back({static_cast<float>(it.c), quarters(it.x), quarters(it.y), quarters(it.x + it.size),
                                  quarters(it.y + 2 * it.size), quarters(any(1, 4))});
         }
-        rows_.push_back({});
         return rows_;
     }
 
