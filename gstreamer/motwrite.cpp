@@ -5,11 +5,10 @@
 #include <stdio.h>
 
 #include <string>
-#include <vector>
 
 #include "mot_boxes.h"
 #include "plugin.h"
-#include "regions.h"
+#include "tracks_meta.h"
 
 GST_DEBUG_CATEGORY_STATIC(mot_write_debug);
 #define GST_CAT_DEFAULT mot_write_debug
@@ -20,7 +19,6 @@ struct mot_state {
     std::string location;
     FILE* file = nullptr;
     int frame = 0;
-    std::vector<zelgst::region_track> tracks;
     std::string text;
 };
 
@@ -81,9 +79,9 @@ static GstFlowReturn write_frame(GstBaseTransform* element, GstBuffer* buffer)
     mot_state& it = state_of(element);
     ++it.frame;
     it.text.clear();
-    zelgst::read_tracks(buffer, it.tracks);
-    for (const zelgst::region_track& found : it.tracks)
-        zeltrack::append_row(it.text, zelgst::row_of(it.frame, found.track));
+    const zelgst::tracks_meta* found = zelgst::find_tracks(buffer);
+    for (int n = 0; found && n < found->count; ++n)
+        zeltrack::append_row(it.text, zelgst::row_of(it.frame, found->tracks[n]));
     if (fwrite(it.text.data(), 1, it.text.size(), it.file) == it.text.size())
         return GST_FLOW_OK;
     report_failure(element);

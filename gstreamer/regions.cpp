@@ -25,7 +25,6 @@ struct names {
     GQuark state = g_quark_from_static_string("state");
     GQuark hits = g_quark_from_static_string("hits");
     GQuark misses = g_quark_from_static_string("misses");
-    GQuark rank = g_quark_from_static_string("rank");
     GQuark x1 = g_quark_from_static_string("x1");
     GQuark y1 = g_quark_from_static_string("y1");
     GQuark x2 = g_quark_from_static_string("x2");
@@ -62,16 +61,10 @@ static bool get_number(const GstStructure* structure, GQuark field, double& numb
     return true;
 }
 
-static int get_int(const GstStructure* structure, GQuark field, int otherwise = 0)
+static int get_int(const GstStructure* structure, GQuark field, int otherwise)
 {
     const GValue* value = gst_structure_id_get_value(structure, field);
     return value && G_VALUE_HOLDS_INT(value) ? g_value_get_int(value) : otherwise;
-}
-
-static float get_float(const GstStructure* structure, GQuark field)
-{
-    const GValue* value = gst_structure_id_get_value(structure, field);
-    return value && G_VALUE_HOLDS_FLOAT(value) ? g_value_get_float(value) : 0;
 }
 
 // --- what a detector attached ----------------------------------------------------------------------------------------
@@ -117,6 +110,16 @@ static zel_host_detection_t detection_of(const GstVideoRegionOfInterestMeta* reg
     return found;
 }
 
+// Most detections are of the class of the one before.
+void region_list::note_label(int class_id, GQuark label)
+{
+    if (class_id == latest_class_ && label == latest_label_)
+        return;
+    labels_[class_id] = label;
+    latest_class_ = class_id;
+    latest_label_ = label;
+}
+
 void region_list::read(GstBuffer* buffer, const image_size& size)
 {
     buffer_ = buffer;
@@ -127,8 +130,7 @@ void region_list::read(GstBuffer* buffer, const image_size& size)
                gst_buffer_iterate_meta_filtered(buffer, &state, GST_VIDEO_REGION_OF_INTEREST_META_API_TYPE)) {
         auto* region = reinterpret_cast<GstVideoRegionOfInterestMeta*>(meta);
         const zel_host_detection_t found = detection_of(region, size);
-        GQuark& label = labels_[found.class_id];
-        label = region->roi_type;
+        note_label(found.class_id, region->roi_type);
         regions_.push_back(region);
         detections_.push_back(found);
     }
@@ -164,23 +166,23 @@ static GstStructure* own_structure(GstVideoRegionOfInterestMeta* region, GQuark 
     return structure;
 }
 
-static void describe(GstVideoRegionOfInterestMeta* region, const region_track& it)
+static void describe(GstVideoRegionOfInterestMeta* region, const zel_host_track_t& track, bool boxes)
 {
-    set_int(own_structure(region, name().object_id), name().id, it.track.id);
+    set_int(own_structure(region, name().object_id), name().id, track.id);
 
     GstStructure* structure = own_structure(region, name().zel_track);
     GValue state = G_VALUE_INIT;
     g_value_init(&state, G_TYPE_STRING);
-    g_value_set_static_string(&state, it.track.detection >= 0 ? "tracked" : "coasted");
+    g_value_set_static_string(&state, track.detection >= 0 ? "tracked" : "coasted");
     gst_structure_id_take_value(structure, name().state, &state);
-    set_int(structure, name().hits, it.track.hits);
-    set_int(structure, name().misses, it.track.misses);
-    set_int(structure, name().rank, it.rank);
-    set_float(structure, name().confidence, it.track.confidence);
-    set_float(structure, name().x1, it.track.x1);
-    set_float(structure, name().y1, it.track.y1);
-    set_float(structure, name().x2, it.track.x2);
-    set_float(structure, name().y2, it.track.y2);
+    set_int(structure, name().hits, track.hits);
+    set_int(structure, name().misses, track.misses);
+    if (!boxes)
+        return;
+    set_float(structure, name().x1, track.x1);
+    set_float(structure, name().y1, track.y1);
+    set_float(structure, name().x2, track.x2);
+    set_float(structure, name().y2, track.y2);
 }
 
 static unsigned to_pixel(double value)
@@ -198,25 +200,21 @@ static GstVideoRegionOfInterestMeta* add_region(GstBuffer* buffer, GQuark label,
                                                            to_pixel(static_cast<double>(box.y2)) - top);
 }
 
-void region_list::add_coasted(const region_track& it)
+GstVideoRegionOfInterestMeta* region_list::add_coasted(const zel_host_track_t& track)
 {
-    const zel_host_track_t& track = it.track;
     const auto label = labels_.find(track.class_id);
     const zel_host_detection_t box = {track.x1, track.y1, track.x2, track.y2, track.confidence, track.class_id};
-    describe(add_region(buffer_, label == labels_.end() ? 0 : label->second, box), it);
+    return add_region(buffer_, label == labels_.end() ? 0 : label->second, box);
 }
 
-void region_list::write(const zel_host_track_t* tracks, int count)
+void region_list::write(const zel_host_track_t* tracks, int count, bool boxes)
 {
-    for (int rank = 0; rank < count; ++rank) {
-        const region_track it = {tracks[rank], rank};
-        if (it.track.detection < 0) {
-            add_coasted(it);
-            continue;
-        }
-        const auto index = static_cast<std::size_t>(it.track.detection);
-        describe(regions_[index], it);
-        matched_[index] = true;
+    for (int n = 0; n < count; ++n) {
+        const zel_host_track_t& track = tracks[n];
+        const auto index = static_cast<std::size_t>(track.detection);
+        if (track.detection >= 0)
+            matched_[index] = true;
+        describe(track.detection >= 0 ? regions_[index] : add_coasted(track), track, boxes);
     }
 }
 
@@ -227,7 +225,7 @@ void region_list::drop_unmatched()
             gst_buffer_remove_meta(buffer_, &regions_[n]->meta);
 }
 
-// --- the other side of both ------------------------------------------------------------------------------------------
+// --- in place of a detector ------------------------------------------------------------------------------------------
 
 void attach_detection(GstBuffer* buffer, const image_size& size, const zel_host_detection_t& detection,
                       const char* label)
@@ -241,31 +239,6 @@ void attach_detection(GstBuffer* buffer, const image_size& size, const zel_host_
                              static_cast<double>(detection.y1) / size.height, name().y_max, G_TYPE_DOUBLE,
                              static_cast<double>(detection.y2) / size.height, nullptr);
     gst_video_region_of_interest_meta_add_param(region, structure);
-}
-
-void read_tracks(GstBuffer* buffer, std::vector<region_track>& tracks)
-{
-    tracks.clear();
-    gpointer state = nullptr;
-    while (GstMeta* meta =
-               gst_buffer_iterate_meta_filtered(buffer, &state, GST_VIDEO_REGION_OF_INTEREST_META_API_TYPE)) {
-        const auto* region = reinterpret_cast<GstVideoRegionOfInterestMeta*>(meta);
-        const GstStructure* identity = find_structure(region, name().object_id);
-        const GstStructure* structure = find_structure(region, name().zel_track);
-        if (!identity || !structure)
-            continue;
-        region_track it = {};
-        it.track.id = get_int(identity, name().id);
-        it.track.confidence = get_float(structure, name().confidence);
-        it.track.x1 = get_float(structure, name().x1);
-        it.track.y1 = get_float(structure, name().y1);
-        it.track.x2 = get_float(structure, name().x2);
-        it.track.y2 = get_float(structure, name().y2);
-        it.rank = get_int(structure, name().rank);
-        tracks.push_back(it);
-    }
-    std::sort(tracks.begin(), tracks.end(),
-              [](const region_track& a, const region_track& b) { return a.rank < b.rank; });
 }
 
 }  // namespace zelgst

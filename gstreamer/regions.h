@@ -21,37 +21,32 @@ struct image_size {
 // What a detector calls the objects of each class, for regions that the tracker makes.
 using label_map = std::unordered_map<int, GQuark>;
 
-// What a region of interest says about its track.
-struct region_track {
-    zel_host_track_t track;
-    int rank;  // place among the frame's tracks, oldest first
-};
-
 class region_list {
 public:
     // Takes over the buffer's regions; detections() are theirs, in the same order.
     void read(GstBuffer* buffer, const image_size& size);
     const std::vector<zel_host_detection_t>& detections() const { return detections_; }
 
-    // Adds to each region that was matched what its track is, and makes regions for tracks without one.
-    void write(const zel_host_track_t* tracks, int count);
+    // Adds to each region that was matched what its track is, with the track's own box if wanted, and makes regions for
+    // tracks without one.
+    void write(const zel_host_track_t* tracks, int count, bool boxes);
     void drop_unmatched();
 
 private:
-    void add_coasted(const region_track& it);
+    void note_label(int class_id, GQuark label);
+    GstVideoRegionOfInterestMeta* add_coasted(const zel_host_track_t& track);
 
     GstBuffer* buffer_ = nullptr;
     std::vector<GstVideoRegionOfInterestMeta*> regions_;
     std::vector<zel_host_detection_t> detections_;
     std::vector<bool> matched_;
     label_map labels_;
+    int latest_class_ = 0;
+    GQuark latest_label_ = 0;
 };
 
 // As a detector would: the box exactly in the structure "detection", and rounded in the region itself.
 void attach_detection(GstBuffer* buffer, const image_size& size, const zel_host_detection_t& detection,
                       const char* label);
-
-// The tracks that regions of the buffer name, oldest first.
-void read_tracks(GstBuffer* buffer, std::vector<region_track>& tracks);
 
 }  // namespace zelgst

@@ -69,7 +69,7 @@ void relation_list::add_coasted(const zel_host_track_t& track)
         add_tracking(made.id, track);
 }
 
-void relation_list::write(const zel_host_track_t* tracks, int count)
+void relation_list::write(const zel_host_track_t* tracks, int count, bool)
 {
     for (int n = 0; n < count; ++n) {
         if (tracks[n].detection < 0)

@@ -18,7 +18,8 @@ public:
     void read(GstBuffer* buffer);
     const std::vector<zel_host_detection_t>& detections() const { return detections_; }
 
-    void write(const zel_host_track_t* tracks, int count);
+    // The boxes of analytics are whole pixels: for the tracks' own there is no place.
+    void write(const zel_host_track_t* tracks, int count, bool boxes);
 
     // What is once attached as analytics cannot be taken off again.
     void drop_unmatched() {}

@@ -8,6 +8,7 @@
 #include "regions.h"
 #include "stream.h"
 #include "tracker_properties.h"
+#include "tracks_meta.h"
 #ifdef ZEL_GST_ANALYTICS
 #include "relations.h"
 #endif
@@ -117,7 +118,7 @@ static gboolean stop(GstBaseTransform* element)
 // --- a frame ---------------------------------------------------------------------------------------------------------
 
 template <typename List>
-static GstFlowReturn track(GstBaseTransform* element, List& list)
+static GstFlowReturn track(GstBaseTransform* element, GstBuffer* buffer, List& list)
 {
     tracker_state& it = state_of(element);
     const zelgst::tracked_frame frame = it.kit.track(list.detections());
@@ -127,7 +128,8 @@ static GstFlowReturn track(GstBaseTransform* element, List& list)
     }
     if (frame.refused)
         GST_ELEMENT_WARNING(element, RESOURCE, SETTINGS, ("%s cannot be changed now.", frame.refused), (nullptr));
-    list.write(frame.tracks, frame.count);
+    zelgst::attach_tracks(buffer, frame.tracks, frame.count);
+    list.write(frame.tracks, frame.count, it.settings.boxes);
     if (it.settings.drop_unmatched)
         list.drop_unmatched();
     GST_LOG_OBJECT(element, "%u detections, %d tracks", static_cast<unsigned>(list.detections().size()), frame.count);
@@ -150,9 +152,9 @@ static GstFlowReturn transform_frame(GstBaseTransform* element, GstBuffer* buffe
     else if (!it.relations.detections().empty())
         it.analytics = true;
     if (it.analytics)
-        return track(element, it.relations);
+        return track(element, buffer, it.relations);
 #endif
-    return track(element, it.regions);
+    return track(element, buffer, it.regions);
 }
 
 // --- the object ------------------------------------------------------------------------------------------------------

@@ -57,9 +57,27 @@ constexpr parameter parameters[] = {
 
 // Identifiers of properties count from 1.
 constexpr guint parameter_count = sizeof(parameters) / sizeof(parameters[0]);
-constexpr guint prop_drop_unmatched = parameter_count + 1;
-constexpr guint prop_keep_identifiers = parameter_count + 2;
-constexpr guint prop_stats = parameter_count + 3;
+constexpr guint prop_stats = parameter_count + 1;
+constexpr guint prop_setting = parameter_count + 2;  // the first of the settings
+
+struct setting {
+    const char* name;
+    const char* nick;
+    const char* blurb;
+    std::atomic<bool> tracker_settings::*value;
+};
+
+constexpr setting settings_of_element[] = {
+    {"boxes", "Tracks' boxes", "Add the track's own box, which is smoothed, to \"zel-track\"",
+     &tracker_settings::boxes},
+    {"drop-unmatched", "Drop unmatched", "Remove the regions of interest that have no track",
+     &tracker_settings::drop_unmatched},
+    {"keep-identifiers", "Keep identifiers",
+     "Go on after the last identifier where a stream breaks off: at a flush, a discontinuity, a new size, a new "
+     "stream. "
+     "Otherwise begin at 1 again",
+     &tracker_settings::keep_identifiers},
+};
 
 }  // namespace
 
@@ -100,18 +118,12 @@ void install_properties(GObjectClass* object_class)
     zel_host_params_init(&usual, sizeof(usual));
     for (guint n = 0; n < parameter_count; ++n)
         g_object_class_install_property(object_class, n + 1, spec_of(parameters[n], usual));
-    const tracker_settings settings;
-    g_object_class_install_property(
-        object_class, prop_drop_unmatched,
-        g_param_spec_boolean("drop-unmatched", "Drop unmatched", "Remove the regions of interest that have no track",
-                             settings.drop_unmatched, flags_of(GST_PARAM_MUTABLE_PLAYING)));
-    g_object_class_install_property(
-        object_class, prop_keep_identifiers,
-        g_param_spec_boolean(
-            "keep-identifiers", "Keep identifiers",
-            "Go on after the last identifier where a stream breaks off: at a flush, a discontinuity, a "
-            "new size, a new stream. Otherwise begin at 1 again",
-            settings.keep_identifiers, flags_of(GST_PARAM_MUTABLE_PLAYING)));
+    const tracker_settings defaults;
+    guint id = prop_setting;
+    for (const setting& it : settings_of_element)
+        g_object_class_install_property(
+            object_class, id++,
+            g_param_spec_boolean(it.name, it.nick, it.blurb, defaults.*it.value, flags_of(GST_PARAM_MUTABLE_PLAYING)));
     g_object_class_install_property(
         object_class, prop_stats,
         g_param_spec_boxed("stats", "Statistics",
@@ -150,13 +162,9 @@ static void write_value(GValue* value, const parameter& p, const params& from)
 
 bool set_property(stream& kit, tracker_settings& settings, guint id, const GValue* value)
 {
-    if (id == prop_drop_unmatched) {
-        settings.drop_unmatched = g_value_get_boolean(value) != FALSE;
-    } else if (id == prop_keep_identifiers) {
-        settings.keep_identifiers = g_value_get_boolean(value) != FALSE;
-    } else {
+    if (id < prop_setting)
         return kit.change([id, value](params& wanted) { read_value(value, parameters[id - 1], wanted); });
-    }
+    settings.*settings_of_element[id - prop_setting].value = g_value_get_boolean(value) != FALSE;
     return true;
 }
 
@@ -205,10 +213,8 @@ void get_property(const stream& kit, const tracker_settings& settings, guint id,
 {
     if (id == prop_stats)
         g_value_take_boxed(value, stats_of(kit.status()));
-    else if (id == prop_drop_unmatched)
-        g_value_set_boolean(value, settings.drop_unmatched);
-    else if (id == prop_keep_identifiers)
-        g_value_set_boolean(value, settings.keep_identifiers);
+    else if (id >= prop_setting)
+        g_value_set_boolean(value, settings.*settings_of_element[id - prop_setting].value);
     else
         write_value(value, parameters[id - 1], kit.wanted());
 }

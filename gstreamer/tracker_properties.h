@@ -12,6 +12,7 @@
 namespace zelgst {
 
 struct tracker_settings {
+    std::atomic<bool> boxes = false;
     std::atomic<bool> drop_unmatched = false;
     std::atomic<bool> keep_identifiers = true;
 };

@@ -33,29 +33,25 @@ def run(tracker, frames=30, seed=0):
 
 def fields_of_header(structure):
     text = (Path(__file__).parents[2] / "host/host.h").read_text()
-    body = re.search(r"typedef struct %s {(.*?)\n}" % structure, text, re.S).group(1)
+    body = re.search(r"typedef struct zel_host_%s_t {(.*?)\n}" % structure.lower(), text, re.S).group(1)
     body = re.sub(r"/\*.*?\*/", "", body, flags=re.S)
     return [tuple(line.split()) for line in body.split(";") if line.strip()]
 
 
-C_TYPES = {"size_t": ctypes.c_size_t, "uint64_t": ctypes.c_uint64, "double": ctypes.c_double,
-           "float": ctypes.c_float, "int": ctypes.c_int}
-
-
 @pytest.mark.parametrize("structure", ["Params", "Status"])
 def test_structures_are_those_of_the_header(structure):
-    expected = [(name, C_TYPES[kind]) for kind, name in fields_of_header(f"zel_host_{structure.lower()}_t")]
+    types = {"size_t": ctypes.c_size_t, "uint64_t": ctypes.c_uint64, "double": ctypes.c_double,
+             "float": ctypes.c_float, "int": ctypes.c_int}
+    expected = [(name, types[kind]) for kind, name in fields_of_header(structure)]
     assert getattr(_library, structure)._fields_ == expected
 
 
 @pytest.mark.parametrize("array", ["DETECTION", "TRACK"])
 def test_arrays_are_those_of_the_header(array):
-    found = []
-    for name in getattr(_library, array).names:
-        kind, shape = getattr(_library, array)[name].base, getattr(_library, array)[name].shape
-        found += [("float" if kind == np.float32 else "int", part)
-                  for part in (["x1", "y1", "x2", "y2"] if shape == (4,) else [name])]
-    assert found == fields_of_header(f"zel_host_{array.lower()}_t")
+    fields = [(name, kind.base) for name, (kind, _) in getattr(_library, array).fields.items()]
+    found = [("float" if kind == np.float32 else "int", part) for name, kind in fields
+             for part in (["x1", "y1", "x2", "y2"] if name == "xyxy" else [name])]
+    assert found == fields_of_header(array)
 
 
 def test_the_version_is_that_of_the_library():
@@ -99,6 +95,7 @@ WRONG = {
     "rows of six and empty": ((np.empty((0, 6)),), r"xyxy: .*found \(0, 6\)"),
     "NaN": (([[1, 2, np.nan, 4]],), "expected finite"),
     "infinite": (([[1, 2, np.inf, 4]],), "expected finite"),
+    "beyond float": (([[0, 0, 1e39, 1]],), "float32"),
     "width and height instead of corners": (([[100, 200, 40, 80]],), "xyxy: expected x1 <= x2"),
     "score NaN": ((BOX, [np.nan]), "expected finite"),
     "a score too many": ((BOX, [1, 1]), r"scores: expected an array of shape \(1,\)"),
@@ -111,6 +108,7 @@ WRONG = {
 }
 
 
+@pytest.mark.filterwarnings("ignore:overflow")
 @pytest.mark.parametrize("arguments, message", WRONG.values(), ids=WRONG.keys())
 def test_wrong_input_is_refused_and_leaves_the_tracker(arguments, message):
     with zel.Tracker(stable=1, max_objects=4) as tracker:
@@ -119,12 +117,6 @@ def test_wrong_input_is_refused_and_leaves_the_tracker(arguments, message):
             tracker.update(*arguments)
         assert tracker.status()["frames"] == 1
         assert tracker.update(BOX).ids.tolist() == [1]
-
-
-@pytest.mark.filterwarnings("ignore:overflow")
-def test_a_number_beyond_float_is_refused():
-    with zel.Tracker() as tracker, pytest.raises(ValueError, match="float32"):
-        tracker.update([[0, 0, 1e39, 1]])
 
 
 # --- parameters and life ---------------------------------------------------------------------------------------------
@@ -161,49 +153,40 @@ def test_reset_begins_a_new_stream(keep, first):
         assert tracker.update(BOX).ids.tolist() == [first]
 
 
-def test_a_closed_tracker_says_so():
+def test_a_tracker_cannot_be_duplicated_nor_used_when_closed():
     tracker = zel.Tracker()
-    tracks = tracker.update(BOX)
+    for duplicate in (pickle.dumps, copy.copy, copy.deepcopy):
+        with pytest.raises(TypeError, match="Make one in each process"):
+            duplicate(tracker)
     tracker.close()
     tracker.close()
     for use in (lambda: tracker.update(BOX), tracker.status, tracker.reset, tracker.set):
         with pytest.raises(ValueError, match="closed"):
             use()
-    assert len(tracks) == 0
 
 
-@pytest.mark.parametrize("duplicate", [pickle.dumps, copy.copy, copy.deepcopy])
-def test_a_tracker_cannot_be_duplicated(duplicate):
-    with zel.Tracker() as tracker, pytest.raises(TypeError, match="Make one in each process"):
-        duplicate(tracker)
-
-
-def test_trackers_in_threads_do_as_alone():
-    alone, found = {}, {}
-    for seed in range(4):
-        with zel.Tracker() as tracker:
-            alone[seed] = run(tracker, 300, seed)
-
-    def camera(seed):
-        with zel.Tracker() as tracker:
-            found[seed] = run(tracker, 300, seed)
-
-    threads = [threading.Thread(target=camera, args=(seed,)) for seed in range(4)]
+def in_threads(target, arguments):
+    threads = [threading.Thread(target=target, args=each) for each in arguments]
     for thread in threads:
         thread.start()
     for thread in threads:
         thread.join()
-    assert found == alone
 
 
-def test_one_tracker_shared_by_threads():
-    with zel.Tracker(max_objects=8) as tracker:
-        threads = [threading.Thread(target=run, args=(tracker, 200)) for _ in range(4)]
-        for thread in threads:
-            thread.start()
-        for thread in threads:
-            thread.join()
-        assert tracker.status()["frames"] == 800
+def test_threads_with_trackers_of_their_own_and_with_one():
+    found = {}
+
+    def camera(name, seed):
+        with zel.Tracker() as tracker:
+            found[name, seed] = run(tracker, 300, seed)
+
+    for seed in range(4):
+        camera("alone", seed)
+    in_threads(camera, [("thread", seed) for seed in range(4)])
+    assert all(found["alone", seed] == found["thread", seed] for seed in range(4))
+    with zel.Tracker() as shared:
+        in_threads(run, [(shared, 200)] * 4)
+        assert shared.status()["frames"] == 800
 
 
 # --- against the command ---------------------------------------------------------------------------------------------
