@@ -33,7 +33,7 @@ chain() {
     echo "motdetections location=det$1.txt ! zeltracker ! motwrite location=out$1.txt ! fakesink"
 }
 
-# same N: the same as the command's.
+# same N: the same as the command's, to the last digit
 same() {
     [ -s expected$1.txt ] && diff expected$1.txt out$1.txt
 }
@@ -62,9 +62,16 @@ refused() {
     ! gst-launch-1.0 -q $source ! $2 ! fakesink 2>errors && grep -F "$1" errors
 }
 
+with_parameters() {
+    "$zeltrack" track -q --scale 0.1 --stable 4 --removal 3 --min-conf 0.6 --steady on --coasted det1.txt >expected1.txt
+    gst-launch-1.0 -q $source ! motdetections location=det1.txt ! zeltracker scale=0.1 stable=4 removal=3 \
+        min-confidence=0.6 steady=on coasted=true ! motwrite location=out1.txt ! fakesink && same 1
+}
+
 check "tracks as the command does" as_the_command
 check "two pipelines in one process" two_at_once
 check "two branches of a tee" two_branches
+check "the same parameters" with_parameters
 check "no object outlives the pipeline" no_leaks
 printf '1,-1,1,1,1,1,1\n1,-1,x,1,1,1,1\n' >wrong.txt
 check "a wrong line is named" refused "wrong.txt:2: expected a left edge" "motdetections location=wrong.txt"

@@ -203,8 +203,7 @@ def test_a_file_is_tracked_as_by_the_command(tmp_path):
         pytest.skip("the command is not built")
     file = tmp_path / "det.txt"
     file.write_bytes(subprocess.check_output([command, "synth", "--frames", "200", "--seed", "5"]))
-    expected = subprocess.check_output([command, "track", "-q", "--scale", "0.1", "--stable", "2", str(file)], text=True)
-    with zel.Tracker(scale=0.1, min_confidence=-1, steady=False) as tracker:
+    expected = subprocess.check_output([command, "track", "-q", "--fps", "25", str(file)], text=True)
+    with zel.Tracker(max_objects=1000, frame_rate=25) as tracker:
         found = list(demo.lines(str(file), tracker))
-    found, expected = (np.loadtxt(lines, delimiter=",") for lines in (found, expected.splitlines()))
-    assert len(found) > 1000 and np.allclose(found, expected, rtol=0, atol=1e-3)
+    assert len(found) > 1000 and found == expected.splitlines()
