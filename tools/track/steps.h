@@ -25,13 +25,15 @@ public:
 
 private:
     struct point {
-        float x;
-        float y;
+        float along;  // the axis in whose order the points stand
+        float across;
     };
-    static bool by_x(const point& a, const point& b) { return a.x < b.x; }
+    static bool earlier(const point& a, const point& b) { return a.along < b.along; }
     double nearest(const point& at) const;
+    void sort_before();
 
-    std::vector<point> before_;  // by x
+    bool turned_ = false;  // that axis is y
+    std::vector<point> before_;
     std::vector<double> distances_;
 };
 

@@ -83,7 +83,8 @@ track_summary track_sequence(const sequence& input, const track_options& options
         for (int n = 0; n < latest.count; ++n)
             given.push_back(first + latest.detections[n]);
         each(frame, counts.count(rows, latest.count), latest);
-        steps.observe(given, rows, latest.offset_x, latest.offset_y);
+        if (!options.quiet)
+            steps.observe(given, rows, latest.offset_x, latest.offset_y);
         first = last;
     }
     summary.host = tracker.status();
