@@ -132,8 +132,8 @@ typedef struct zel_host_status_t {
     uint64_t invalid;    /**< dropped: a number that is not finite, corners out of order, a class out of range */
     uint64_t weak;       /**< dropped: below the least confidence */
     uint64_t cut;        /**< dropped: beyond max_objects in their frame, where the strongest are taken */
-    uint64_t unstarted;  /**< no track was found and none begun although there was room: memory ran out. Stays 0 if the
-                              libzel that runs is of another version than the kit */
+    uint64_t unstarted;  /**< detections whose track could not be begun or not be confirmed: memory ran out. Stays 0
+                              if the libzel that runs is of another version than the kit */
     uint64_t lock_waits; /**< frames that had to wait for the lock; not set back by zel_host_reset() */
     double lock_seconds; /**< that they waited in all; not set back by zel_host_reset() */
 

@@ -22,10 +22,14 @@ int unstarted(const void* tracker, int live)
 {
     const auto* it = static_cast<const tracker_t*>(tracker);
     int without = 0;
-    for (int n = 0; n < it->ncurobjs; ++n)
-        without += !it->match_obj[n];
+    int unconfirmed = 0;
+    for (int n = 0; n < it->ncurobjs; ++n) {
+        const trk_obj_t* track = it->match_obj[n];
+        without += !track;
+        unconfirmed += track && track->id < 0 && track->match_count >= it->fcnt_stable;
+    }
     const int room = it->nmaxobjs - live - (it->ncurobjs - without);
-    return without < room ? without : (room > 0 ? room : 0);
+    return unconfirmed + (without < room ? without : (room > 0 ? room : 0));
 }
 
 }  // namespace zelhost

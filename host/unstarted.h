@@ -12,7 +12,8 @@ bool records_known();
 int live_tracks(const void* tracker);
 
 // To be called after the frame: detections that have no track although there was room, live tracks having been alive
-// before. Near full capacity some are not counted, because the room that was left then is no longer known.
+// before; and those whose track has matches enough but no identifier. Near full capacity some are not counted, because
+// the room that was left then is no longer known.
 int unstarted(const void* tracker, int live);
 
 }  // namespace zelhost

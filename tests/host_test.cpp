@@ -451,6 +451,10 @@ TEST(Host, CountsWhatMemoryWasMissingFor)
     EXPECT_EQ(it.status().unstarted, 1U);
     it.process(found);
     EXPECT_EQ(it.status().unstarted, 1U);
+    allocations::granted = 0;
+    it.process(found);  // the filter of the second one, which finds none
+    EXPECT_EQ(it.status().unstarted, 2U);
+    allocations::granted = allocations::unlimited;
     EXPECT_EQ(it.process(found).size(), 2U);
 
     // a frame larger than any before it, of which only what fits is tracked
