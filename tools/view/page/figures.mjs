@@ -26,6 +26,8 @@ export function figureTable(before, now, title) {
     });
     return element(
         'table', {className: 'figures'},
-        element('thead', {}, element('tr', {}, ...['', title, 'now'].map(text => element('th', {scope: 'col'}, text)))),
+        element(
+            'thead', {},
+            element('tr', {}, ...['figure', title, 'now'].map(text => element('th', {scope: 'col'}, text)))),
         element('tbody', {}, ...rows));
 }

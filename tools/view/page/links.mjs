@@ -15,5 +15,5 @@ export const frameLink = frame => link('frame ' + whole(frame), () => go(frame))
 export const objectLink = object => link('object ' + object, () => select({object}));
 
 export const heading = (mark, title, stateText) => element(
-    'h3', {}, mark, span(title), element('small', {}, stateText || ''),
+    'h2', {className: 'what'}, mark, span(title), element('small', {}, stateText || ''),
     Object.assign(link('close', () => select(null)), {ariaLabel: 'Close the selection', className: 'link close'}));

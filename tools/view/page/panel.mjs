@@ -165,7 +165,7 @@ function drawPanel() {
         element(
             'ul', {className: 'events'}, ...rows.slice(0, LISTED).map(row => element('li', {}, ...row)),
             rows.length > LISTED && element('li', {}, `and ${whole(rows.length - LISTED)} more`)));
-    const title = byId('inspector').querySelector('h3'),
+    const title = byId('inspector').querySelector('h2.what'),
           summary = `${frameWords()}: ${counts}` +
         (selection && title ? ' Selected: ' + title.textContent.replace(/close$/, '') : '');
     setLabel('scene', 'Scene. ' + summary);

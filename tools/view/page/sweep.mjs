@@ -2,7 +2,7 @@
 //
 // One parameter over its whole range: how the figures go with it, and where the present value stands.
 import {askFigures, set} from './tuner.mjs';
-import {byId, element, refresh} from './dom.mjs';
+import {byId, element, link, refresh} from './dom.mjs';
 import {font, rightText, strokes, surface, theme} from './draw.mjs';
 import {fixed, whole} from './numbers.mjs';
 import {redraw, state} from './state.mjs';
@@ -34,6 +34,8 @@ export async function sweep(it) {
                 {value, figures: new Map(sweepLines().map(([name]) => [name, figures.number('figure.' + name)]))});
         redraw('tuning');
     }
+    mine.done = true;
+    redraw('tuning');
 }
 
 function placeOn({low, high, log, root}, value, w) {
@@ -44,16 +46,20 @@ function placeOn({low, high, log, root}, value, w) {
 }
 
 export function drawSweep() {
-    const {it, points} = swept, box = byId(`tune-${it.name}-chart`), w = box.clientWidth;
+    const {it, points, done} = swept, box = byId(`tune-${it.name}-chart`), w = box.clientWidth;
     for (const other of document.querySelectorAll('.tunable > div.wide'))
         if (other !== box) other.replaceChildren();
     const best = best =>
         points.reduce((a, b) => b.figures.get(best) > (a?.figures.get(best) ?? -Infinity) ? b : a, null);
     const first = sweepLines()[0][0], top = best(first), isShare = state.run.truth !== null;
-    const words = !top ? 'Sweeping \u2026' :
+    const words = !done || !top ? 'Sweeping \u2026' :
         isShare ? `${first} is best, ${fixed(100 * top.figures.get(first))}, at ${it.text(top.value)} ${it.unit}.` :
                   `Solid: tracks, up to ${whole(top.figures.get(first))}; dashed: rows.`;
-    refresh(box, element('canvas', {id: 'sweep', role: 'img'}), element('p', {className: 'note'}, words));
+    refresh(
+        box, element('canvas', {id: 'sweep', role: 'img'}),
+        element(
+            'p', {className: 'note'}, words, ' ',
+            done && top && isShare && link('Take it', () => set(it.set(top.value)))));
     byId('sweep').setAttribute('aria-label', `Sweep of ${it.label}. ${words}`);
     const g = surface(byId('sweep'), w, SWEEP_HEIGHT), bottom = SWEEP_HEIGHT - SWEEP_BASE;
     g.fillStyle = theme.faint;
