@@ -201,7 +201,7 @@ void run_kit(benchmark::State& state, int objects)
 {
     kit it(4 * objects);
     run_frames(state, it, synthetic(objects));
-    if (it.status().weak > it.status().detections / 50)
+    if (it.status().weak > it.status().detections / 5)
         state.SkipWithError("the kit tracked other detections than the bare tracker");
 }
 

@@ -1,9 +1,10 @@
 /* SPDX-License-Identifier: MIT */
 /* What the tracker asks of the heap, each as bytes and allocations but for the second: a handle without its capacity, the
-   bytes of a place of the capacity, a track, a confirmation. malloc and calloc are wrapped. */
+   bytes of a place of the capacity, a track, a confirmation; then the bytes of a host kit for 64 and for 256 objects, its
+   tracker included. malloc and calloc are wrapped. */
 #include <stddef.h>
 #include <stdio.h>
-#include <zel/libzel.h>
+#include <zel/host.h>
 
 static long bytes;
 static long blocks;
@@ -31,6 +32,16 @@ static long handle_bytes(int capacity)
     return bytes;
 }
 
+static long kit_bytes(int max_objects)
+{
+    zel_host_params_t params;
+    zel_host_params_init(&params, sizeof(params));
+    params.max_objects = max_objects;
+    bytes = blocks = 0;
+    zel_host_release(zel_host_create(&params));
+    return bytes;
+}
+
 int main(void)
 {
     float frame[2][6] = {{1, 0, 0, 4, 4, 1}, {0}};
@@ -43,6 +54,8 @@ int main(void)
     const long track = bytes, track_blocks = blocks;
     bytes = blocks = 0;
     zel_tracker_process(tracker, frame, NULL);
-    printf("%ld %ld %ld %ld %ld %ld %ld\n", handle, handle_blocks, place, track, track_blocks, bytes, blocks);
+    printf("%ld %ld %ld %ld %ld %ld %ld", handle, handle_blocks, place, track, track_blocks, bytes, blocks);
+    printf(" %ld", kit_bytes(64));
+    printf(" %ld\n", kit_bytes(256));
     return 0;
 }
