@@ -63,7 +63,7 @@
 /**
  * Matrix header. step is the bytes from one row to the next and always the bytes of one row: rows follow each other
  * without a gap. rows * step must be below 2^31. The size is a multiple of 8 on every platform, so that data right
- * behind a header are aligned for every depth.
+ * after a header are aligned for every depth.
  */
 typedef struct _zel_mat_t {
     s32_t type; /**< ZEL_MAT_TYPE(depth, channels) */
@@ -97,14 +97,14 @@ extern "C" {
 ZEL_API zel_mat_t* zel_mat_initheader(zel_mat_t* mat, int rows, int cols, int type, void* data);
 
 /**
- * Allocate a header with its data behind it, in one block. The data are not cleared.
+ * Allocate a header with its data after it, in one block. The data are not cleared.
  * @return The matrix, to be released with zel_mat_release(); null if memory runs out, if rows or cols is negative, or
  *         if the bytes of the data or of one row do not fit in 31 bits.
  */
 ZEL_API zel_mat_t* zel_mat_create(int rows, int cols, int type);
 
 /**
- * Free a matrix of zel_mat_create(). Null, and a header whose data do not begin right behind it, are left alone. Must
+ * Free a matrix of zel_mat_create(). Null, and a header whose data do not begin right after it, are left alone. Must
  * not be called on a matrix of a filter: its data do begin there, but the memory is the filter's.
  */
 ZEL_API void zel_mat_release(zel_mat_t* mat);

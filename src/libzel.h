@@ -38,9 +38,9 @@
  * @{
  */
 
-#define ZEL_VERSION_MAJOR 1        /**< raised when a program must be built anew */
+#define ZEL_VERSION_MAJOR 1        /**< raised when programs must be rebuilt */
 #define ZEL_VERSION_MINOR 0        /**< raised when something is added */
-#define ZEL_VERSION_PATCH 0        /**< raised when something is mended */
+#define ZEL_VERSION_PATCH 0        /**< raised for corrections */
 #define ZEL_VERSION_STRING "1.0.0" /**< the three of them */
 
 typedef int8_t s08_t;   /**< scalars of ::ZEL_S08 */
@@ -80,7 +80,7 @@ ZEL_API const char* zel_version(void);
  *                      matches. Clamped to [0, 1]; a NaN becomes 1.
  * @param fcnt_stable   Matched frames, the first included, after which a track is confirmed: it receives its identifier
  *                      and is reported. Less than 1 becomes 1, which reports every detection at once. A tentative
- *                      track that is missed four times in a row starts counting anew.
+ *                      track that is missed four times in a row starts counting again.
  * @param fcnt_removal  Frames in a row that a track may be missed; the next miss removes it. Less than 1 becomes 1.
  *                      A tentative track is also removed at its sixth miss. The prediction stands still while a track
  *                      is missed, so that very long survival mostly serves objects that stop behind others.
@@ -108,13 +108,13 @@ ZEL_API void zel_tracker_set_params(void* handle, float euc_thresh, float iou_th
  *
  * @param handle  From zel_tracker_create().
  * @param input   The detections, never null: rows of { class, smaller x, smaller y, larger x, larger y, score }, ended
- *                by a row of class 0.0 or by nmaxobjs rows, whichever comes first; nothing behind that is read. The
+ *                by a row of class 0.0 or by nmaxobjs rows, whichever comes first; nothing after that is read. The
  *                class is cut to an int (0.4 is class 0 and does not end the list; beyond the range of int it
  *                saturates; a NaN is class 0). The score is carried through. Corners are not ordered or clipped; any
  *                float is accepted.
  * @param output  The confirmed tracks, oldest first, or null if they are not wanted: room for nmaxobjs rows of
  *                { identifier, class, smaller x, smaller y, larger x, larger y, score, index of its input row }.
- *                If fewer than nmaxobjs rows are written, the first float of the row behind them is -1.0 and the
+ *                If fewer than nmaxobjs rows are written, the first float of the row after them is -1.0 and the
  *                rest of the array is left unchanged. It must not overlap input.
  *
  * Each detection is compared with the track that is predicted nearest to it, and with no other.

@@ -30,8 +30,8 @@ static inline void list_add_tail(list_head* newe, list_head* head)
     __list_add(newe, head->prev, head);
 }
 
-// Unlinks what stands between prev and next. The node's own links stay: a walk that frees it must have read them
-// before.
+// Unlinks what stands between prev and next. The node's own links stay, but a walk that frees the node must
+// read them first.
 static inline void __list_del(list_head* prev, list_head* next)
 {
     next->prev = prev;

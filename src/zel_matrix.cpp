@@ -16,7 +16,7 @@
 #include "zel_contract.h"
 #include "zel_matrix_f32.h"
 
-static_assert(sizeof(zel_mat_t) % 8 == 0, "data right behind a header must be aligned for every depth");
+static_assert(sizeof(zel_mat_t) % 8 == 0, "data right after a header must be aligned for every depth");
 
 using u32_t = uint32_t;
 
@@ -129,13 +129,13 @@ static int data_size(int rows, int cols, int type)
     return size >= 0 && size / mat->rows == mat->step && mat->data.p && unaligned == 0;
 }
 
-// Nothing is read of a factor after the destination is written over it.
+// The destination is written while factors are still being read: it must not share their storage.
 [[maybe_unused]] static bool is_factor(const zel_mat_t* src, const zel_mat_t* dst)
 {
     return is_sound(src) && apart(src->data.p, count_bytes(src), dst->data.p, count_bytes(dst));
 }
 
-// Each scalar is read before it is written: the two may be one matrix.
+// Each scalar of a term is read before the destination is written there: the two may be one matrix.
 [[maybe_unused]] static bool is_term(const zel_mat_t* src, const zel_mat_t* dst)
 {
     return src->data.p == dst->data.p ? is_sound(src) : is_factor(src, dst);
@@ -232,7 +232,7 @@ static inline bool has_layout(const zel_mat_t* mat, const zel_mat_t* other)
     return mat->type == other->type && has_shape(mat, other->rows, other->cols);
 }
 
-// Cut back to its own width in the expression that negates, or GCC computes it on wider vectors.
+// Narrowed in the expression that negates: otherwise GCC computes it in wider vectors.
 template <typename T>
 static inline T negated(T x)
 {
@@ -313,9 +313,8 @@ static inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
         memcpy(d, s, bytes);
 }
 
-// Scalars are moved as bytes, whatever they mean: their type is not known here. In square blocks of one cache line of
-// the destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7
-// times as long.
+// Scalars are moved as bytes. In square blocks, one cache line of the destination wide: row by row, each store goes to
+// another line, which takes 7 times as long for 512 x 512 scalars of 4 bytes.
 template <size_t bytes>
 static void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The tracker: detections of a frame in, numbered tracks out. zel_tracker_process() at the end is the summary of a
-// frame. The filter is part of this unit, which reads and writes its state directly.
+// The tracker: detections of a frame in, numbered tracks out. zel_tracker_process() at the end sums up a frame.
+// The filter is part of this unit, which reads and writes its state directly.
 #include "zel_tracker.h"
 
 #include <assert.h>
@@ -17,8 +17,8 @@
 
 // --- the motion model ------------------------------------------------------------------------------------------------
 
-// State: centre x, y, the same one frame earlier, width, height, the same one frame earlier. Each quantity goes on as
-// it did between the last two frames: new = 2 * current - previous.
+// State: centre x, y, the same one frame earlier, width, height, the same one frame earlier. Each quantity
+// changes as it did between the last two frames: new = 2 * current - previous.
 static const float Adata[64] = {
     2, 0, -1, 0,  0, 0, 0,  0,   //
     0, 2, 0,  -1, 0, 0, 0,  0,   //
@@ -179,7 +179,7 @@ static float box_iou(const float* a, const float* b)
 
 // --- intake and association ------------------------------------------------------------------------------------------
 
-// Truncation as the target processor does it: saturating, and 0 for a NaN. A plain cast is undefined for all of these.
+// Truncation as the target processor does it: saturating, and 0 for a NaN. A plain cast is undefined for these.
 static int class_of(float value)
 {
     constexpr float limit = 2147483648.0F;  // 2^31
@@ -206,11 +206,10 @@ static void tracker_extract(tracker_t* tracker, float (*input)[6])
     tracker->ncurobjs = n;
 }
 
-// Predictions stand still while detections look for the nearest one, so that the search can come before all claims: the
-// tracks are gathered from the list in blocks, once, and each block is compared with every detection, whose nearest
-// track so far lies in match_obj and match_score. A comparison of a group is a few vector operations, and nearly always
-// none of it is nearer than the gate or what was found before. Walking the list for each detection took ten times as
-// long at a thousand of each.
+// Claims change no prediction, so the search runs first, for all detections at once: tracks are gathered from the list
+// in blocks, and each block is compared with every detection, whose nearest track so far is in match_obj and
+// match_score. Tracks are compared a group at a time; most groups have none that is nearer. Walking the list for each
+// detection took ten times as long at a thousand of each.
 static constexpr int block_size = 64;
 static constexpr int group_size = 16;
 
@@ -224,8 +223,8 @@ struct track_block {
 typedef float float4 __attribute__((vector_size(16)));
 typedef int int4 __attribute__((vector_size(16)));
 
-// The squared distances of a group of centres, and whether any is below mind. It is the only place that computes one:
-// written twice, the two might be fused differently, and a tie would no longer be one.
+// The squared distances of a group of centres, and whether any is below mind. No other place computes one: the compiler
+// might fuse one formula and not the other, and equal distances would differ.
 static bool any_nearer(const float* x, const float* y, const det_obj_t* det, float mind, float* d)
 {
     int4 nearer = {};
@@ -245,8 +244,8 @@ static bool any_nearer(const float* x, const float* y, const det_obj_t* det, flo
     return (halves[0] | halves[1]) != 0;
 }
 
-// Lets detection n look among the block's tracks of its class. In the order of the list, and only for less: of two
-// tracks at the same distance the older one stays.
+// Searches the block for the track of its class that is nearest to detection n. Strictly nearer, in list order: on a tie
+// the older track wins.
 static void look_in_block(tracker_t* tracker, const track_block* block, int n)
 {
     const det_obj_t* det = &tracker->cur_obj[n];
@@ -266,7 +265,7 @@ static void look_in_block(tracker_t* tracker, const track_block* block, int n)
     tracker->match_score[n] = mind;
 }
 
-// Lets all detections look in the block, and empties it. The last group is padded with centres that are near nothing.
+// Searches the block for all detections, and empties it. The last group is padded with centres at infinity.
 static void search_block(tracker_t* tracker, track_block* block)
 {
     for (int k = block->count; k % group_size != 0; ++k) {
@@ -392,7 +391,7 @@ static int next_count(int count)
     return count < INT_MAX ? count + 1 : count;
 }
 
-// fcnt_stable may change between frames, so that the state of a track is told by its id, never by its count.
+// fcnt_stable may change between frames: whether a track is confirmed is told by its id, not by its count.
 static void update_matched(tracker_t* tracker, trk_obj_t* obj)
 {
     obj->px = obj->x;

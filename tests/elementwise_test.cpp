@@ -208,7 +208,7 @@ const print_case prints[] = {
     {"rows without columns", "C", 2, 0, ZEL_F64, {}, "C=\n\n\n"},
 };
 
-// Through the field of the scalar's width, in whatever order the processor stores its bytes.
+// Through the union's field of that width, so that the byte order does not matter.
 void set_bits(const zel_mat_t& mat, size_t t, u64_t bits)
 {
     const int size = ZEL_ELEM_SIZE(mat.type);

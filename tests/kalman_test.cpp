@@ -100,7 +100,7 @@ owned_filter make_filter(int ns, int nm)
     return owned_filter(zel_kalman_create(ns, nm, 0, nullptr, nullptr, nullptr, nullptr));
 }
 
-// Dense matrices in double precision, only as fast as a test needs.
+// Dense matrices in double precision.
 struct grid {
     grid(int r, int c) : rows(r), cols(c), v(static_cast<size_t>(r * c)) {}
     grid(const zel_mat_t* m) : grid(m->rows, m->cols) { std::copy_n(m->data.f, v.size(), v.begin()); }

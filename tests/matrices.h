@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Matrices of every scalar type, products as a plain triple loop has them, and operands that do not fit. Needs no test
-// framework.
+// Matrices of every scalar type, products by a plain triple loop, and operands that do not fit.
 #ifndef ZEL_TESTS_MATRICES_H
 #define ZEL_TESTS_MATRICES_H
 
@@ -57,7 +56,7 @@ bool both_nan(T x, T y)
 // A header over data of exactly its size, so that a sanitizer sees the first scalar too many.
 template <typename T>
 struct matrix {
-    // cn is not left out before values, or a list of one value would be taken for it.
+    // cn has no default before values: a list of one value would be taken for it.
     matrix(int rows, int cols, int cn, const std::vector<T>& values) : data(values)
     {
         zel_mat_initheader(&mat, rows, cols, ZEL_MAT_TYPE(depth_of<T>(), cn), data.data());

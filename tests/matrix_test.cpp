@@ -214,7 +214,7 @@ T random_special(random_bits& bits)
 }
 
 // Everything but small whole numbers is an infinity or a NaN, so that each element is known exactly. Sizes that are
-// formed in one go, and some that are formed in several parts of rows and terms.
+// formed in one block, and some that are formed in several.
 TYPED_TEST(FloatProducts, CarryInfinitiesAndNaNs)
 {
     random_bits bits(5);
@@ -290,7 +290,7 @@ TEST(Inverse, GivesTheWorkedExamplesAlsoInPlace)
     }
 }
 
-// From large to small: what an inversion leaves behind must not reach the next one.
+// From large to small: what an inversion leaves in the work area must not reach the next one.
 TEST(Inverse, TimesItsMatrixIsTheIdentityUpToFortyRows)
 {
     random_bits bits(6);
@@ -314,9 +314,9 @@ f32_t random_pattern(random_bits& bits)
     return value;
 }
 
-// Four rows have a way of their own, which must give the same values as the way of all others: regular matrices, small
-// whole numbers, dense and sparse, with zero pivots, and values of every size. A one more on the diagonal changes nothing
-// but the way.
+// Small sizes have kernels of their own, which must give what the general loop gives: regular matrices, small whole
+// numbers, dense and sparse, with zero pivots, and values of every size. One row and column of the identity more change
+// nothing but the kernel.
 TEST(Inverse, OfFourRowsIsThatWithinFive)
 {
     random_bits bits(7);

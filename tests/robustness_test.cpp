@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a device in the field relies on: any input and any failed allocation is survived, memory is taken only where it
-// is said to be, and the same input gives the same result. Arrays are exactly as long as they must be, so that a
+// What a device in the field relies on: any input and any failed allocation is survived, memory is taken only where the
+// headers say, and the same input gives the same result. Arrays are exactly as long as they must be, so that a
 // sanitizer sees a row too many.
 #include <gtest/gtest.h>
 #include <malloc.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What may run in parallel does, for the thread sanitizer to watch: calls that write different matrices, and predictions
+// For the thread sanitizer: what may run in parallel, which is calls that write different matrices, and predictions
 // of different filters. Operands and models that are only read are shared.
 #include <gtest/gtest.h>
 

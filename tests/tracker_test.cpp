@@ -184,7 +184,7 @@ float plain_iou(const std::array<float, 4>& a, const std::array<float, 4>& b)
     return shared / ((a[2] - a[0]) * (a[3] - a[1]) + (b[2] - b[0]) * (b[3] - b[1]) - shared);
 }
 
-// The rule once more, told in one piece and over all pairs. Returns the number of matches.
+// The same rule as one plain loop over all pairs. Returns the number of matches.
 long expect_plain_rule(tracked& t)
 {
     const auto tracks = t.tracks();
@@ -277,7 +277,7 @@ const life_case lives[] = {
     {"reported on the third match", 3, 10, "ddd", "--1", "111"},
     {"unseen for two frames is shown", 3, 10, "ddd...d", "--111-1", "1111111"},
     {"unseen for ten frames keeps its identifier", 1, 10, "d..........d", "111--------1", "111111111111"},
-    {"unseen for eleven starts anew", 1, 10, "d...........d", "111---------2", "1111111111101"},
+    {"unseen for eleven starts from zero", 1, 10, "d...........d", "111---------2", "1111111111101"},
     {"second miss with removal one", 3, 1, "ddd..ddd", "--11---2", "11110111"},
     {"misses must be consecutive", 1, 2, "d..d..d...d", "111111111-2", "11111111101"},
     {"tentative: three misses keep its matches", 4, 10, "dd...dd", "------1", "1111111"},
@@ -389,7 +389,7 @@ TEST(Life, StopsAtCapacity)
     ASSERT_EQ(rows.size(), 2U);
     EXPECT_EQ(std::tuple(rows[0][7], rows[1][7], rows[1][0]), std::tuple(-1, 0, 2));
     EXPECT_EQ(t->match_obj[1], nullptr);
-    EXPECT_EQ(t.frame(two).size(), 1U);  // the oldest goes, its place is free for the frame behind
+    EXPECT_EQ(t.frame(two).size(), 1U);  // the oldest goes, its place is free in the next frame
     EXPECT_EQ(t.frame(two)[1][0], 3);
     t->nmaxobjs = 1;
     output_row output[2] = {{}, {7}};
