@@ -139,7 +139,7 @@ static GstFlowReturn track(GstBaseTransform* element, GstBuffer* buffer, List& l
 static GstFlowReturn transform_frame(GstBaseTransform* element, GstBuffer* buffer)
 {
     tracker_state& it = state_of(element);
-    if (GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DISCONT))
+    if (GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DISCONT) && !it.settings.ignore_discont)
         break_off(element, "a discontinuity");
     it.fresh = false;
     it.regions.read(buffer, it.size);

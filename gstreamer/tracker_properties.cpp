@@ -72,6 +72,9 @@ constexpr setting settings_of_element[] = {
      &tracker_settings::boxes},
     {"drop-unmatched", "Drop unmatched", "Remove the regions of interest that have no track",
      &tracker_settings::drop_unmatched},
+    {"ignore-discont", "Ignore discontinuities",
+     "Go on tracking where a buffer is marked as a discontinuity, as it is after frames that a leaky queue dropped",
+     &tracker_settings::ignore_discont},
     {"keep-identifiers", "Keep identifiers",
      "Go on after the last identifier where a stream breaks off: at a flush, a discontinuity, a new size, a new "
      "stream. "

@@ -14,6 +14,7 @@ namespace zelgst {
 struct tracker_settings {
     std::atomic<bool> boxes = false;
     std::atomic<bool> drop_unmatched = false;
+    std::atomic<bool> ignore_discont = false;
     std::atomic<bool> keep_identifiers = true;
 };
 

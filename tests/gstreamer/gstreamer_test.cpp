@@ -316,7 +316,7 @@ TEST_F(Zeltracker, RelatesTrackingsToAnalytics)
 
 TEST_F(Zeltracker, BeginsAnewWhereTheStreamBreaksOff)
 {
-    enum class event { none, discontinuity, flush, stream, size, format, end };
+    enum class event { none, ignored, discontinuity, flush, stream, size, format, end };
     struct {
         const char* name;
         event between;
@@ -326,6 +326,7 @@ TEST_F(Zeltracker, BeginsAnewWhereTheStreamBreaksOff)
     } const cases[] = {
         {"goes on", event::none, true, 1, 2},
         {"another format of the same size", event::format, true, 1, 2},
+        {"a discontinuity that does not count", event::ignored, true, 1, 2},
         {"discontinuity", event::discontinuity, true, 2, 1},
         {"discontinuity, from 1", event::discontinuity, false, 1, 1},
         {"flush", event::flush, true, 2, 1},
@@ -343,6 +344,9 @@ TEST_F(Zeltracker, BeginsAnewWhereTheStreamBreaksOff)
         switch (it.between) {
         case event::none:
             break;
+        case event::ignored:
+            set("ignore-discont", TRUE);
+            [[fallthrough]];
         case event::discontinuity:
             GST_BUFFER_FLAG_SET(next.get(), GST_BUFFER_FLAG_DISCONT);
             break;
