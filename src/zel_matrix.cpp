@@ -118,7 +118,7 @@ static int data_size(int rows, int cols, int type)
 
 // --- what must hold of operands that fit -----------------------------------------------------------------------------
 
-[[maybe_unused]] static bool is_sound(const zel_mat_t* mat)
+[[maybe_unused]] static inline bool is_sound(const zel_mat_t* mat)
 {
     if (is_empty(mat))
         return true;
@@ -130,13 +130,13 @@ static int data_size(int rows, int cols, int type)
 }
 
 // The destination is written while factors are still being read: it must not share their storage.
-[[maybe_unused]] static bool is_factor(const zel_mat_t* src, const zel_mat_t* dst)
+[[maybe_unused]] static inline bool is_factor(const zel_mat_t* src, const zel_mat_t* dst)
 {
     return is_sound(src) && apart(src->data.p, count_bytes(src), dst->data.p, count_bytes(dst));
 }
 
 // Each scalar of a term is read before the destination is written there: the two may be one matrix.
-[[maybe_unused]] static bool is_term(const zel_mat_t* src, const zel_mat_t* dst)
+[[maybe_unused]] static inline bool is_term(const zel_mat_t* src, const zel_mat_t* dst)
 {
     return src->data.p == dst->data.p ? is_sound(src) : is_factor(src, dst);
 }
