@@ -197,6 +197,12 @@ test('numbers find tracks, objects and frames; tables sort and become CSV', () =
     assert.match(toCsv(tracks, entries), /^track,.*"step, px",ending\n2,1,4,4,4,0,0,\d\.\d\d,end of file\n1,/);
 });
 
+test('a page without data is small', () => {
+    writeFileSync(join(directory, 'small.txt'), '');
+    zeltrack('view', '-q', 'small.txt', '-o', 'small.html');
+    assert.ok(readFileSync(join(directory, 'small.html')).length < 260000);
+});
+
 test('numbers are written so that they can be told apart', () => {
     assert.deepEqual(apart(0.30000004, 0.3), ['0.30000004', '0.3']);
     assert.deepEqual(apart(2, 2), ['2', '2']);

@@ -69,6 +69,11 @@ export function moveBy(dx, dy) {
     redraw('camera');
 }
 
+export function moveTo(place) {
+    Object.assign(camera, place);
+    redraw('camera');
+}
+
 // Moves as little as it must to bring a place into sight.
 export function reveal(x, y) {
     const [w, h] = fieldSize();

@@ -13,7 +13,7 @@ import {byId, element} from './dom.mjs';
 import {change, redraw, state, watch} from './state.mjs';
 import {createRun, readOther} from './run.mjs';
 import {darkScheme, readTheme} from './draw.mjs';
-import {drawScene} from './scene.mjs';
+import {drawScene, revealSelected} from './scene.mjs';
 import {fit, measure, resized} from './camera.mjs';
 import {fromBase64, openPackage} from './package.mjs';
 import {bindCompare} from './compareview.mjs';
@@ -79,6 +79,7 @@ function start() {
     byId('picture').onclick = savePicture;
     bindKeys();
     watch(['run', 'frame', 'selection', 'hover', 'show', 'trail', 'camera', 'size', 'before'], () => drawScene());
+    watch(['selection'], revealSelected);
     new ResizeObserver(resized).observe(byId('field'));
     new ResizeObserver(() => redraw('size')).observe(byId('life'));
     darkScheme.addEventListener('change', () => {

@@ -4,7 +4,7 @@
 // scrolls the page.
 import {TOOK, detectionsAt, liveAt, rowAt, truthAt} from './run.mjs';
 import {byId, element, onClicks, refresh, span, svgSign} from './dom.mjs';
-import {camera, fieldSize, fit, moveBy, zoomBy} from './camera.mjs';
+import {camera, fieldSize, fit, moveBy, moveTo, zoomBy} from './camera.mjs';
 import {OUTCOME_COLOURS, signs} from './draw.mjs';
 import {
     capital,
@@ -102,6 +102,7 @@ function choose(hit) {
 
 const down = new Map();  // pointers that are pressed
 let moved = false;
+let startedAt = null;  // the camera when the first pointer went down
 
 function drag(event) {
     const before = down.get(event.pointerId), now = {x: event.offsetX, y: event.offsetY};
@@ -131,7 +132,10 @@ function hover(event) {
 export function bindPointer() {
     const canvas = byId('scene');
     canvas.onpointerdown = event => {
-        if (!down.size) moved = false;
+        if (!down.size) {
+            moved = false;
+            startedAt = {...camera};
+        }
         down.set(event.pointerId, {x: event.offsetX, y: event.offsetY});
         if (event.pointerType === 'mouse') canvas.setPointerCapture(event.pointerId);
     };
@@ -139,7 +143,10 @@ export function bindPointer() {
     canvas.onpointerup = event => {
         if (down.delete(event.pointerId) && !moved && !down.size) choose(pick(event.offsetX, event.offsetY));
     };
-    canvas.onpointercancel = event => down.delete(event.pointerId);
+    canvas.onpointercancel = event => {
+        if (down.size === 1) moveTo(startedAt);  // the browser took the finger to scroll the page
+        down.delete(event.pointerId);
+    };
     canvas.onpointerleave = event => {
         down.delete(event.pointerId);
         change({hover: null});

@@ -3,7 +3,7 @@
 // The scene: boxes, tracks and gates of one frame.
 import {TOOK, confirmedAt, detectionsAt, endsAt, liveAt, rowAt, truthAt} from './run.mjs';
 import {byId} from './dom.mjs';
-import {camera, extent, fieldSize, toX, toY} from './camera.mjs';
+import {camera, extent, fieldSize, reveal, toX, toY} from './camera.mjs';
 import {className} from './words.mjs';
 import {cross, endings, font, lifeColour, plus, rightText, signs, stamp, strokes, surface, theme} from './draw.mjs';
 import {fixed, short} from './numbers.mjs';
@@ -144,7 +144,7 @@ function labelText(run, k, row) {
 
 // Above the box, else below, else within it; a label that would still lie on another one is left out, so that a crowd
 // stays visible. The selected one comes first.
-const CELL = 8;
+const CELL = 8, CROWD = 80;
 function freePlace(taken, x, wide, high, tops) {
     for (const y of tops) {
         const cells = [];
@@ -158,7 +158,8 @@ function freePlace(taken, x, wide, high, tops) {
 }
 
 function drawLabels(g, run, lives) {
-    const taken = new Set(), mine = selectedLife(), size = lives.length > 80 ? 9 : 11, high = size + 3;
+    const taken = new Set(), mine = selectedLife(), isCrowd = lives.length > CROWD, size = isCrowd ? 9 : 11,
+          high = size + 3;
     g.font = font(size, '600');
     for (const k of [...lives].sort((a, b) => Number(b === mine) - Number(a === mine))) {
         const row = rowAt(run, k, state.frame), boxes = placeOf(run, row);
@@ -167,8 +168,22 @@ function drawLabels(g, run, lives) {
         const x = toX(boxes.x[row] - Math.abs(boxes.w[row]) / 2) - 1, wide = g.measureText(text).width + 6;
         const half = Math.abs(boxes.h[row]) / 2, top = toY(boxes.y[row] - half) - 1, bottom = toY(boxes.y[row] + half);
         const y = freePlace(taken, x, wide, high - 1, [top, bottom + high + 1, top + high + 2]);
-        if (y !== null) drawLabel(g, run, k, text, x, y, wide, high, boxes === run.rows.predicted);
+        if (y === null) continue;
+        if (isCrowd)
+            drawLightLabel(g, run, k, text, x, y);
+        else
+            drawLabel(g, run, k, text, x, y, wide, high, boxes === run.rows.predicted);
     }
+}
+
+// Without a ground, through which the boxes of a crowd stay visible.
+function drawLightLabel(g, run, k, text, x, y) {
+    g.strokeStyle = theme.panel;
+    g.lineWidth = 2.5;
+    g.lineJoin = 'round';
+    g.strokeText(text, x + 2, y - 2);
+    g.fillStyle = confirmedAt(run, k, state.frame) ? lifeColour(run, k) : theme.dim;
+    g.fillText(text, x + 2, y - 2);
 }
 
 function drawLabel(g, run, k, text, x, y, wide, high, missed) {
@@ -250,4 +265,12 @@ export function drawScene(canvas = byId('scene'), plain = false) {
     if (show.labels || show.scores) drawLabels(g, run, live);
     drawMarked(g, run, state.selection, 5);
     drawMarked(g, run, state.hover, 2);
+}
+
+// What is selected from a list may lie outside of what the scene shows.
+export function revealSelected() {
+    const {run, frame, selection} = state, row = selection?.life >= 0 ? rowAt(run, selection.life, frame) : -1;
+    if (row >= 0) reveal(placeOf(run, row).x[row], placeOf(run, row).y[row]);
+    for (const i of truthAt(run, frame))
+        if (run.truth.id[i] === selection?.object) reveal(run.truth.x[i], run.truth.y[i]);
 }
