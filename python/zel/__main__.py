@@ -35,9 +35,12 @@ def main(out: TextIO) -> None:
     parser.add_argument("detections", help="MOTChallenge file, frames from 1 in any order")
     parser.add_argument("--fps", type=float, help="frames per second, if known")
     arguments = parser.parse_args()
-    with zel.Tracker(max_objects=16384, frame_rate=arguments.fps) as tracker:
-        for line in lines(arguments.detections, tracker):
-            print(line, file=out)
+    try:
+        with zel.Tracker(max_objects=16384, frame_rate=arguments.fps) as tracker:
+            for line in lines(arguments.detections, tracker):
+                print(line, file=out)
+    except (OSError, ValueError) as error:
+        sys.exit(f"{parser.prog}: {error}")
 
 
 if __name__ == "__main__":
