@@ -22,8 +22,14 @@ typedef struct {
  */
 static const float SCALE = 0.25F;
 
-/* From a detector's list to the rows of a frame. The class gains 1: a row of class 0 would end the list. */
-static void put(const detection* found, int count, float rows[CAPACITY][6])
+/* The tracker takes whatever it is given: corners in the wrong order never overlap, and a class of 0 ends the list. */
+static int is_sound(const detection* d)
+{
+    return d->label >= 0 && d->w > 0 && d->h > 0;
+}
+
+/* From a detector's list to the rows of a frame, or -1 if it is wrong. The class gains 1, so that it is not 0. */
+static int put(const detection* found, int count, float rows[CAPACITY][6])
 {
     const float sx = IMAGE_WIDTH * SCALE;
     const float sy = IMAGE_HEIGHT * SCALE;
@@ -33,6 +39,8 @@ static void put(const detection* found, int count, float rows[CAPACITY][6])
     for (n = 0; n < count; ++n) {
         const detection* d = &found[n];
         float* row = rows[n];
+        if (!is_sound(d))
+            return -1;
         row[0] = (float)(d->label + 1);
         row[1] = (d->cx - d->w / 2) * sx;
         row[2] = (d->cy - d->h / 2) * sy;
@@ -42,6 +50,7 @@ static void put(const detection* found, int count, float rows[CAPACITY][6])
     }
     if (count < CAPACITY)
         rows[count][0] = 0;
+    return 0;
 }
 
 static int detect(int frame, detection* found)
@@ -63,13 +72,16 @@ int main(void)
     detection found[2];
     int frame;
     int n;
-    void* tracker = zel_tracker_create(IMAGE_WIDTH, IMAGE_HEIGHT, CAPACITY, 1.0F, 0.3F, 3, 30, 0);
+    void* tracker = zel_tracker_create(IMAGE_WIDTH, IMAGE_HEIGHT, CAPACITY, 1.0F, 0.3F, 3, 10, 0);
     if (!tracker) {
         fprintf(stderr, "out of memory\n");
         return 1;
     }
     for (frame = 1; frame <= FRAMES; ++frame) {
-        put(found, detect(frame, found), rows);
+        if (put(found, detect(frame, found), rows) < 0) {
+            fprintf(stderr, "frame %d: expected labels from 0 and boxes that are not empty\n", frame);
+            break;
+        }
         zel_tracker_process(tracker, rows, tracks);
         for (n = 0; n < CAPACITY && tracks[n][0] > 0; ++n) {
             const float* t = tracks[n];

@@ -42,7 +42,7 @@ int main(void)
     static float detections[CAPACITY][6];
     static float tracks[CAPACITY][8];
     int frame;
-    void* tracker = zel_tracker_create(320, 240, CAPACITY, 1.0F, 0.3F, 3, 30, 0);
+    void* tracker = zel_tracker_create(320, 240, CAPACITY, 1.0F, 0.3F, 3, 10, 0);
     if (!tracker) {
         fprintf(stderr, "out of memory\n");
         return 1;

@@ -16,7 +16,7 @@ using track = std::array<float, 8>;      // identifier, class, the corners, scor
 class tracker {
 public:
     explicit tracker(int capacity)
-        : handle_(zel_tracker_create(320, 240, capacity, 1.0F, 0.3F, 3, 30, 0)),
+        : handle_(zel_tracker_create(320, 240, capacity, 1.0F, 0.3F, 3, 10, 0)),
           input_(static_cast<std::size_t>(capacity)),
           output_(input_.size())
     {

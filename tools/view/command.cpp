@@ -53,7 +53,8 @@ static true_boxes load_truth(const std::string& path, int frame_base)
 static std::vector<mot_row> load_tracks(const std::string& path, int frame_base)
 {
     std::vector<mot_row> tracks;
-    for (const score_row& row : load_track_rows(path, frame_base).rows)
+    const score_file file = load_track_rows(path, frame_base);
+    for (const score_row& row : file.rows)
         tracks.push_back(to_mot(row));
     std::stable_sort(tracks.begin(), tracks.end(),
                      [](const mot_row& a, const mot_row& b) { return a.frame < b.frame; });
