@@ -29,6 +29,8 @@ install(FILES ${PROJECT_BINARY_DIR}/zel.pc ${PROJECT_BINARY_DIR}/zelhost.pc
 if(ZEL_BUILD_TOOLS)
   install(TARGETS zeltrack DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT zel_tools)
   install(FILES docs/zeltrack.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT zel_tools)
+  install(FILES tools/zeltrack.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME zeltrack COMPONENT zel_tools)
 endif()
 
 # Where GStreamer looks for plugins, if the prefix is the one it was built for; else GST_PLUGIN_PATH says so.
