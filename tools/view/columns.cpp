@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 
 #include "track/scale.h"
 
@@ -225,30 +226,25 @@ private:
 
 }  // namespace
 
-// Where the rows of each frame begin among those that the tracker was given.
-static std::vector<std::size_t> frame_starts(const sequence& rows)
+static selected_rows::offset offset_of(const selected_rows& selected, int frame)
 {
-    std::vector<std::size_t> starts(static_cast<std::size_t>(rows.frames) + 1);
-    std::size_t at = 0;
-    for (std::size_t frame = 1; frame < starts.size(); ++frame) {
-        starts[frame] = at;
-        while (at < rows.rows.size() && static_cast<std::size_t>(rows.rows[at].frame) == frame)
-            ++at;
-    }
-    return starts;
+    const auto next = std::upper_bound(selected.moves.begin(), selected.moves.end(), frame,
+                                       [](int wanted, const selected_rows::move& it) { return wanted < it.frame; });
+    return next == selected.moves.begin() ? selected_rows::offset{} : std::prev(next)->by;
 }
 
 static column coded_rows(const recording& recorded, const selected_rows& selected, const grid& steps, double scale)
 {
     const std::vector<mot_row>& rows = selected.rows.rows;
-    const std::vector<std::size_t> starts = frame_starts(selected.rows);
     row_coder out(steps, scale);
     for (const life& l : recorded.lives) {
-        auto frame = static_cast<std::size_t>(l.birth);
+        int frame = l.birth;
+        auto first = std::lower_bound(rows.begin(), rows.end(), frame,
+                                      [](const mot_row& row, int wanted) { return row.frame < wanted; });
         for (const life_row& row : l.rows) {
-            const bool taken = row.detection >= 0;
-            out.put(row, taken ? &rows[starts[frame] + static_cast<std::size_t>(row.detection)] : nullptr,
-                    selected.offsets[frame - 1]);
+            while (first != rows.end() && first->frame < frame)
+                ++first;
+            out.put(row, row.detection < 0 ? nullptr : &first[row.detection], offset_of(selected, frame));
             ++frame;
         }
         out.end_life();
@@ -279,14 +275,10 @@ static column coded_detections(const recording& recorded, const selected_rows& s
 {
     column out;
     std::size_t next = 0;
-    std::size_t at = 0;
-    auto d = recorded.detections.begin();
-    for (std::size_t frame = 0; frame < recorded.detections_of_frame.size(); ++frame) {
-        for (int n = recorded.detections_of_frame[frame]; n > 0; --n, ++d, ++at) {
-            out.put(selected.places[at] - next);
-            next = selected.places[at] + 1;
-            put_outcome(out, *d, euc);
-        }
+    for (std::size_t i = 0; i < recorded.detections.size(); ++i) {
+        out.put(selected.places[i] - next);
+        next = selected.places[i] + 1;
+        put_outcome(out, recorded.detections[i], euc);
     }
     return out;
 }

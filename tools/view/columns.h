@@ -24,7 +24,11 @@ struct selected_rows {
     struct offset {
         double x, y;
     };
-    std::vector<offset> offsets;
+    struct move {
+        int frame;  // from here on
+        offset by;
+    };
+    std::vector<move> moves;  // ascending; before the first one there is none
 };
 
 // All boxes of the file, weak ones too, exactly: who changes the least confidence needs them again.

@@ -28,7 +28,7 @@ static centre_box prediction_of(const trk_obj_t& obj)
 // Of a detection of the current frame.
 association& recorder::association_of(int n)
 {
-    const auto first = recording_.detections.end() - recording_.detections_of_frame.back();
+    const auto first = recording_.detections.end() - current_;
     return first[n].why;
 }
 
@@ -69,7 +69,8 @@ void recorder::claim(tracker_t& tracker, int n)
 
 void recorder::associate(tracker_t& tracker)
 {
-    recording_.detections_of_frame.push_back(tracker.ncurobjs);
+    ++recording_.frames;
+    current_ = tracker.ncurobjs;
     find_nearest(&tracker, HUGE_VALF);
     note_nearest(tracker);
     find_nearest(&tracker, gate);
@@ -91,7 +92,7 @@ void recorder::note_births(const tracker_t& tracker)
         first[n].started = true;
         live_.push_back({obj, static_cast<int>(recording_.lives.size()), 0});
         recording_.lives.emplace_back();
-        recording_.lives.back().birth = static_cast<int>(recording_.detections_of_frame.size());
+        recording_.lives.back().birth = recording_.frames;
         recording_.lives.back().rows.push_back({n, false, box_of(*obj), box_of(*obj)});
     }
 }

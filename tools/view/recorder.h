@@ -40,6 +40,7 @@ private:
     void note_changes(live_track& track);
 
     recording recording_;
+    int current_ = 0;               // detections of the current frame
     std::vector<live_track> live_;  // oldest first, like the tracker's list
 };
 

@@ -62,8 +62,8 @@ struct life {
 };
 
 struct recording {
-    std::vector<int> detections_of_frame;
-    std::vector<recorded_detection> detections;
+    int frames = 0;
+    std::vector<recorded_detection> detections;  // by frame
     std::vector<life> lives;
 };
 

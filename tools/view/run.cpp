@@ -48,7 +48,10 @@ public:
             selected_.places.push_back(first + static_cast<std::size_t>(given.detections[n]));
             selected_.rows.rows.push_back(file_.rows[selected_.places.back()]);
         }
-        selected_.offsets.push_back({given.offset_x, given.offset_y});
+        if (given.offset_x != offset_.x || given.offset_y != offset_.y) {
+            offset_ = {given.offset_x, given.offset_y};
+            selected_.moves.push_back({frame, offset_});
+        }
     }
 
     const selected_rows& result() const { return selected_; }
@@ -57,6 +60,7 @@ private:
     const sequence& file_;
     std::size_t next_ = 0;
     selected_rows selected_;
+    selected_rows::offset offset_ = {};
 };
 
 }  // namespace
@@ -99,7 +103,7 @@ track_summary pack_tracked(package& out, const run_input& input, const track_opt
     pack_run(out, records.result(), selector.result(), summary, options);
     digest.pack(out);
     pack_figures(out, summary, scoring);
-    scoring.pack_objects(out, records.result(), selector.result().rows.rows);
+    scoring.pack_objects(out, selector.result().rows.rows);
     return summary;
 }
 

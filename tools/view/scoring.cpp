@@ -124,19 +124,20 @@ void run_scorer::pack_followers(package& out, const std::string& name) const
     out.data(name, followed);
 }
 
-void run_scorer::pack_objects(package& out, const recording& recorded, const std::vector<mot_row>& rows) const
+void run_scorer::pack_objects(package& out, const std::vector<mot_row>& detections) const
 {
     if (!scored_)
         return;
     column detected;
-    const mot_row* first = rows.data();
-    const mot_row* const end = first + rows.size();
+    const mot_row* first = detections.data();
+    const mot_row* const end = first + detections.size();
     for (const mot_row& object : truth_->counted) {
         while (first != end && first->frame < object.frame)
             ++first;
-        const auto frame = static_cast<std::size_t>(object.frame) - 1;
-        const auto& counts = recorded.detections_of_frame;
-        detected.put(detection_of(object, first, first + (frame < counts.size() ? counts[frame] : 0)));
+        const mot_row* last = first;
+        while (last != end && last->frame == object.frame)
+            ++last;
+        detected.put(detection_of(object, first, last));
     }
     out.data("truthDetection", detected);
     pack_followers(out, "truthTrack");

@@ -8,7 +8,6 @@
 #include "eval/score.h"
 #include "track/track_row.h"
 #include "view/column.h"
-#include "view/recording.h"
 
 namespace zeltrack {
 
@@ -41,7 +40,7 @@ public:
     // The column "changes", a frame, an object, the tracks before and after and the frames since for each identity
     // switch; and by box of the ground truth "truthTrack", the track that follows it, and "truthDetection", the place in
     // its frame of the detection that overlaps it most, by half or more. From 1; 0 is none.
-    void pack_objects(package& out, const recording& recorded, const std::vector<mot_row>& rows) const;
+    void pack_objects(package& out, const std::vector<mot_row>& detections) const;
 
 private:
     const true_boxes* truth_;
