@@ -47,14 +47,13 @@ std::optional<mot_error> read_truth_rows(std::istream& in, int frame_base, score
     return read_lines(in, [&](std::size_t line, const field_list& fields) {
         score_row row;
         float mark = 0;
-        auto wrong = parse_row(fields, frame_base, row, mark);
-        if (wrong)
+        if (auto wrong = parse_row(fields, frame_base, row, mark))
             return wrong;
         row.counts = mark != 0;
         if (fields.size() > 7)
             take_class(file, line, fields[7], row);
         append(file, line, row);
-        return wrong;
+        return std::optional<std::string>();
     });
 }
 

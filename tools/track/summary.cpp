@@ -84,7 +84,8 @@ static void print_warnings(std::ostream& out, const track_summary& summary)
 void refuse_missing_memory(const track_summary& summary)
 {
     if (summary.host.unstarted > 0)
-        throw failure("out of memory: " + std::to_string(summary.host.unstarted) + " times a track could not be started or confirmed");
+        throw failure("out of memory: " + std::to_string(summary.host.unstarted) +
+                      " times a track could not be started or confirmed");
 }
 
 void print_summary(std::ostream& out, const track_summary& summary, const track_options& options)
