@@ -1,7 +1,8 @@
 cmake_policy(VERSION 3.21)
-# Run as a script, joins the parts of the page: PARTS are its markup and its style, SCRIPTS its modules, each after what it
-# imports; WORKER_SCRIPTS the same for the page's other thread. Together the modules are one script, without their imports, exports, comments and indentation. Writes the page as the array
-# page_template of namespace zeltrack to OUTPUT, and the script alone to SCRIPT_OUTPUT, to be checked.
+# Run as a script, joins the parts of the page: PARTS are its markup and its style, SCRIPTS its modules, each after what
+# it imports; WORKER_SCRIPTS the same for the page's other thread. Together the modules are one script, without their
+# imports, exports, comments and indentation. Writes the page as the array page_template of namespace zeltrack to
+# OUTPUT, and the script alone to SCRIPT_OUTPUT, to be checked.
 
 # The base64 digits of a text's SHA-256, as a content security policy names what may run.
 function(policy_hash text result)

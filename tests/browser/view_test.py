@@ -144,7 +144,9 @@ class ViewTest(unittest.TestCase):
         _, page = sample()
         open_page(page, "#frame=60")
         left, top, _, _ = place("scene")
-        x, y = browser.run("const [i] = detectionsAt(state.run, 60), {x, y} = state.run.detections; return [toX(x[i]), toY(y[i])]")
+        x, y = browser.run("""
+            const [i] = detectionsAt(state.run, 60), {x, y} = state.run.detections;
+            return [toX(x[i]), toY(y[i])]""")
         browser.point(left + x, top + y)
         settle()
         lines = [r"Detection \d+ · score 0\.\d+", r".* px from track \d+ \(gate .* px\), overlap 0\.\d+", r".*track"]

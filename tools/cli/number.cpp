@@ -37,4 +37,11 @@ bool below_one(std::string_view text)
     return exponent <= -places;
 }
 
+bool parse_size(std::string_view text, const range<int>& allowed, int& width, int& height)
+{
+    const std::size_t cross = std::min(text.find('x'), text.size());
+    const std::string_view second = text.substr(std::min(cross + 1, text.size()));
+    return parse_number(text.substr(0, cross), allowed, width) && parse_number(second, allowed, height);
+}
+
 }  // namespace zeltrack

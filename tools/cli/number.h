@@ -50,4 +50,7 @@ bool parse_number(std::string_view text, const range<T>& allowed, T& value)
            value <= allowed.high;
 }
 
+// WIDTHxHEIGHT, both within the range.
+bool parse_size(std::string_view text, const range<int>& allowed, int& width, int& height);
+
 }  // namespace zeltrack

@@ -14,10 +14,7 @@ namespace zeltrack {
 
 static std::string read_size(const std::string& text, synth_options& options)
 {
-    const std::size_t cross = std::min(text.find('x'), text.size());
-    const std::string height = text.substr(std::min(cross + 1, text.size()));
-    if (parse_number(text.substr(0, cross), image_side, options.width) &&
-        parse_number(height, image_side, options.height))
+    if (parse_size(text, image_side, options.width, options.height))
         return "";
     return expected("WxH, each from " + to_text(image_side), text);
 }

@@ -61,6 +61,13 @@ static std::vector<mot_row> load_tracks(const std::string& path, int frame_base)
     return tracks;
 }
 
+static std::string read_size(const std::string& text, view_options& options)
+{
+    constexpr range<int> side = {1, 1000000};
+    return parse_size(text, side, options.width, options.height) ? ""
+                                                                 : expected("WxH, each from " + to_text(side), text);
+}
+
 static void run(command_line& line)
 {
     view_options options;
@@ -74,6 +81,9 @@ static void run(command_line& line)
     line.text("--compare", "FILE", compared, "tracks of any tracker, to be shown beside these");
     line.text("--images", "DIR", images,
               "pictures, by name or in a folder img1, to be shown beneath;\nthe page refers to where they lie");
+    line.custom(
+        "--size", "WxH", [&options](const std::string& text) { return read_size(text, options); },
+        "image size in pixels; without it that of a seqinfo.ini or of\nthe pictures");
     line.text("-o,--output", "PAGE", output, "where to write the page; - is standard output").required();
     line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
@@ -94,7 +104,7 @@ static void run(command_line& line)
     }
     if (!images.empty())
         options.pictures = find_pictures(images, output);
-    if (!file.info.empty()) {
+    if (!file.info.empty() && options.width == 0) {
         const sequence_info info = load_sequence_info(file.info);
         options.width = info.width;
         options.height = info.height;

@@ -14,8 +14,8 @@ namespace zeltrack {
 // Both by frame.
 struct true_boxes {
     std::vector<mot_row> counted;  // with identifiers
-    // Where the ground truth has classes: boxes that do not count, but may claim a track. Class 8 is a distractor, whose
-    // track does not count either.
+    // Where the ground truth has classes: boxes that do not count, but may claim a track. Class 8 is a distractor,
+    // whose track does not count either.
     std::vector<mot_row> others;
 };
 
@@ -38,8 +38,8 @@ public:
     void pack_followers(package& out, const std::string& name) const;
 
     // The column "changes", a frame, an object, the tracks before and after and the frames since for each identity
-    // switch; and by box of the ground truth "truthTrack", the track that follows it, and "truthDetection", the place in
-    // its frame of the detection that overlaps it most, by half or more. From 1; 0 is none.
+    // switch; and by box of the ground truth "truthTrack", the track that follows it, and "truthDetection", the place
+    // in its frame of the detection that overlaps it most, by half or more. From 1; 0 is none.
     void pack_objects(package& out, const std::vector<mot_row>& detections) const;
 
 private:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Two sets of tracks side by side: A, which is another setting or another tracker, and what the page shows now. Knows no
-// document.
+// Two sets of tracks side by side: A, which is another setting or another tracker, and what the page shows now. Knows
+// no document.
 import {TOOK, range} from './run.mjs';
 import {lowerBound} from './numbers.mjs';
 
@@ -59,8 +59,8 @@ function pairs(a, b, ofA, ofB) {
                                                   ]) => !usedA.has(i) && !usedB.has(j) && usedA.add(i) && usedB.add(j));
 }
 
-// The frames in which they differ: boxes that only one of them reports, and boxes that both report but join to different
-// earlier ones. An identifier alone is no difference: trackers count as they like.
+// The frames in which they differ: boxes that only one of them reports, and boxes that both report but join to
+// different earlier ones. An identifier alone is no difference: trackers count as they like.
 export function differences(a, b) {
     const list = [], latestA = new Map(), latestB = new Map();
     for (let i = 0, j = 0; i < a.count || j < b.count;) {

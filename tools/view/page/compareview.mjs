@@ -82,8 +82,8 @@ function comparePanel() {
             element('h2', {}, 'Compare'),
             element(
                 'p', {},
-                'Keep the present setting as A, then tune: A stays in the scene as thin boxes, beside what is tracked now. ' +
-                    'With --compare FILE the tracks of any tracker are A.'),
+                'Keep the present setting as A, then tune: A stays in the scene as thin boxes, beside what is ' +
+                    'tracked now. With --compare FILE the tracks of any tracker are A.'),
             element('button', {type: 'button', onclick: pin}, 'Keep as A')
         ];
     const {list} = comparison(), at = lowerBound(list.map(it => it.frame), frame);

@@ -147,7 +147,8 @@ const nothingSelected = () =>
      element(
          'p', {},
          state.run.detections.count ?
-             'Point at a box to see how far it is from its nearest track and what became of it. Click it, or a bar below, for its whole story.' :
+             'Point at a box to see how far it is from its nearest track and what became of it. Click it, or a ' +
+                 'bar below, for its whole story.' :
              'There is no detection in this file.')];
 
 function selectionPanel({life, detection, object}) {

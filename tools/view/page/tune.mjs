@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The panel that tunes: a slider and a field for each parameter, what becomes of the figures, and the command that tracks
-// with this setting.
+// The panel that tunes: a slider and a field for each parameter, what becomes of the figures, and the command that
+// tracks with this setting.
 import {byId, element, refresh, span} from './dom.mjs';
 import {cached, surface, theme} from './draw.mjs';
 import {canTune, reset, set, undo, writtenRun} from './tuner.mjs';
@@ -19,7 +19,8 @@ const single = value => Number(exact(Math.fround(value)));
 const medianSize = () => state.run.medianSize;
 const inBoxes = pixels => `${fixed(pixels / medianSize(), 2)} box sizes`;
 
-// `low` and `high` are the ends of the slider; whoever wants more types it. A slider of root or log is finer at its low end.
+// `low` and `high` are the ends of the slider; whoever wants more types it. A slider of root or log is finer at its
+// low end.
 export const tunables = () => {
     const {parameters, input, file} = state.run, gate = parameters.gate, size = medianSize(), {scoreRange} = file;
     return [
