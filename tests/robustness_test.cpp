@@ -93,9 +93,11 @@ TEST(Memory, MayRunOutAtAnyRequest)
     bool refused = true;
     for (int k = 0; refused; ++k) {
         SCOPED_TRACE(k);
+        const int live = allocations::live;
         allocations::granted = k;
         tracked t(8, 2, 6);
         ASSERT_EQ(t.handle == nullptr, k < 8);
+        EXPECT_EQ(allocations::live, t.handle ? live + 8 : live);
         for (int n = 0; t.handle && n < 16; ++n) {
             const float x = static_cast<float>(2 * n);
             t.frame(
