@@ -1,8 +1,8 @@
 cmake_policy(VERSION 3.21)
-# Run as a script, joins the parts of the page: PARTS are its markup and its style, SCRIPTS its modules, each after what
-# it imports; WORKER_SCRIPTS the same for the page's other thread. Together the modules are one script, without their
-# imports, exports, comments and indentation. Writes the page as the array page_template of namespace zeltrack to
-# OUTPUT, and the script alone to SCRIPT_OUTPUT, to be checked.
+# Run as a script, joins the parts of a page: PARTS are its markup and its styles, SCRIPTS its modules, each after what it
+# imports; WORKER_SCRIPTS the same for the page's other thread. Together the modules are one script, without their
+# imports, exports, comments and indentation. Writes the page as the array SYMBOL of namespace zeltrack, page_template
+# if none is named, to OUTPUT, and the script alone to SCRIPT_OUTPUT, to be checked.
 
 # The base64 digits of a text's SHA-256, as a content security policy names what may run.
 function(policy_hash text result)
@@ -37,6 +37,9 @@ function(read_joined files result)
   set(${result} "${joined}" PARENT_SCOPE)
 endfunction()
 
+if(NOT SYMBOL)
+  set(SYMBOL page_template)
+endif()
 read_joined("${SCRIPTS}" script)
 set(script "\n'use strict';\n${script}")
 file(WRITE ${SCRIPT_OUTPUT} "${script}")
@@ -44,9 +47,13 @@ read_joined("${WORKER_SCRIPTS}" worker)
 set(worker "'use strict';\n${worker}")
 
 list(GET PARTS 0 markup)
-list(GET PARTS 1 style_file)
+list(SUBLIST PARTS 1 -1 style_files)
 file(READ ${markup} page)
-file(READ ${style_file} style)
+set(style "")
+foreach(file ${style_files})
+  file(READ ${file} content)
+  string(APPEND style "${content}")
+endforeach()
 policy_hash("${script}" SCRIPT_HASH)
 policy_hash("${style}" STYLE_HASH)
 string(REPLACE "@SCRIPT_HASH@" "${SCRIPT_HASH}" page "${page}")
@@ -60,7 +67,7 @@ if(NOT clash EQUAL -1)
   message(FATAL_ERROR "The page holds the mark that ends its embedded text")
 endif()
 file(WRITE ${OUTPUT} "namespace zeltrack {
-extern const char page_template[];
-const char page_template[] = R\"embedded(${page})embedded\";
+extern const char ${SYMBOL}[];
+const char ${SYMBOL}[] = R\"embedded(${page})embedded\";
 }  // namespace zeltrack
 ")

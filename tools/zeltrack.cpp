@@ -11,11 +11,12 @@
 #include "eval/eval.h"
 #include "synth/synth.h"
 #include "track/track.h"
+#include "tune/tune.h"
 #include "view/view.h"
 
 namespace zeltrack {
 
-static const subcommand* const commands[] = {&track_command, &eval_command, &view_command, &synth_command};
+static const subcommand* const commands[] = {&track_command, &eval_command, &tune_command, &view_command, &synth_command};
 
 static std::string help()
 {

@@ -156,7 +156,7 @@ option without a value|track in.txt --iou
 beyond a range|track --iou 1.5 in.txt
 not a number|track --euc nan in.txt
 fraction of a frame|track --stable 2.5 in.txt
-text behind a number|track --removal 10s in.txt
+text behind a number|track --removal 10x in.txt
 beyond int|track --stable 99999999999 in.txt
 no scale|track --scale 0 in.txt
 neither a scale nor auto|track --scale automatic in.txt
@@ -199,7 +199,7 @@ END
     run view - --gt - -o page.html
     check "standard input twice" "2|zeltrack: --gt: expected a file other than that of the detections" "$status|$err"
     check "input kept" "1,-1,10,20,30,40,0.5" "$(cat in.txt)"
-    for command in "" track view synth eval; do
+    for command in "" track view synth eval tune; do
         run $command --help
         check "help of '$command'" "0||1" "$status|$err|$(grep -c '^Exit status: 0' stdout)"
     done
@@ -476,6 +476,75 @@ END
         "$status|$err"
     run eval gt one two --skip-missing --columns HOTA --format csv
     check "what is everywhere" "0|B B COMBINED COMBINED" "$status|$(cut -d, -f1 stdout | sed 1d | one_line)"
+}
+
+# --- searching for options -------------------------------------------------------------------------------------------
+
+# Three sequences in which a row of false boxes, none of which lasts, has a confidence below 0.4.
+made_up_sequences() {
+    mkdir det gt
+    for n in 1 2 3; do
+        zeltrack synth --objects 4 --frames 60 --seed $n --gt gt/s$n.txt 2>/dev/null |
+            awk -F, -v OFS=, '{ $7 = 0.6 + 0.3 * $7; print } $1 % 2 { $3 += 300; $7 = 0.2 + 0.1 * (NR % 2); print }' >det/s$n.txt
+    done
+}
+
+tuning() {
+    made_up_sequences
+    run tune -q det --gt gt --fix min-conf=0 --param min-conf=0:1
+    check "searched and fixed" "2|zeltrack: --param: min-conf is fixed" "$status|$err"
+    tune="tune -q det --gt gt --trials 60 --fix steady=off --param min-conf=0:0.9"
+    run $tune -j 1 -o best.ini --trials-out one.json --report report.html
+    check "a search" "0||HOTA, mean over 3 sequences" "$status|$err|$(head -1 stdout)"
+    check "outputs" "steady = off|1|1" \
+        "$(grep '^steady' best.ini)|$(grep -c '^# best' best.ini)|$(grep -c 'zeltrack view det/s3.txt' report.html)"
+    cp stdout alone
+    run $tune -j 3 --trials-out three.json
+    check "whatever the number of jobs" "0" "$status$(cmp alone stdout && cmp one.json three.json)"
+    run track -q --config best.ini det/s1.txt -o tracks.txt
+    check "options for track" "0|" "$status|$err"
+    split -n l/3 one.json part.
+    run tune --from part.ac part.aa part.ab -o merged.ini
+    check "trials from elsewhere" "0||" "$status|$err|$(cmp alone stdout)$(grep -v '^# zeltrack' merged.ini >merged && grep -v '^# zeltrack' best.ini | cmp - merged)"
+    run $tune --seed 1:2
+    cp stdout both
+    zeltrack $tune --seed 2 --trials-out two.json >/dev/null
+    run tune --from two.json one.json
+    check "a search from each seed, on one machine or on two" "" "$(cmp both stdout)"
+    refused_searches
+    ended_searches
+}
+
+refused_searches() {
+    echo 1,2 >gt.json
+    while IFS='|' read -r name arguments state message; do
+        run tune -q $arguments
+        check "$name" "$state||zeltrack: $message" "$status|$out|${err% (see *}"
+    done <<'END'
+no ground truth|det|2|expected as many files or folders after --gt as DETECTIONS
+trials and files|det --gt gt --from one.json|2|expected either DETECTIONS or --from
+no partner|det/s1.txt --gt gt|2|det/s1.txt: expected a folder, as is gt
+a folder and a file|det --gt gt/s1.txt|2|det: expected a file, as is gt/s1.txt
+an option that track does not have|det --gt gt --param speed=1:2|2|expected an option, found "--speed"; did you mean --steady?
+a range that track refuses|det --gt gt --param iou=0:2|2|--iou: expected a number from 0 to 1, found "2"
+no range|det --gt gt --param iou=1|2|--param: expected NAME=LOW:HIGH or NAME=LOW:HIGH:log, found "iou=1"
+no such figure|det --gt gt --maximize HOTTA|2|--maximize: expected the name of a figure, found "HOTTA"; did you mean HOTA?
+less is better|det --gt gt --maximize IDSW|2|--maximize: expected IDSW with a minus, since less is better, found "IDSW"
+no group|det --gt gt --group x*|2|--group: expected a pattern that matches a sequence, found "x*"
+no trials|--from gt.json|1|gt.json:1: expected a trial as --trials-out writes it, found "1,2"
+an input as output|--from one.json -o one.json|2|one.json: expected an output other than the input
+END
+}
+
+ended_searches() {
+    eval "exec $program tune det --gt gt --trials 1000000 -j 2 --trials-out ended.json >ended.txt 2>stderr" &
+    sleep 1
+    kill -TERM $!
+    wait $!
+    check "ended with what there is" "0|zeltrack: ended early|HOTA, mean over 3 sequences" \
+        "$?|$(grep -o 'zeltrack: ended early' stderr)|$(head -1 ended.txt)"
+    check "trials are kept" 0 "$([ -s ended.json ] || echo 1)0"
+    check "no temporary file is left" "" "$(find . -name '.zeltrack*')"
 }
 
 "$group" || failed=1

@@ -51,10 +51,10 @@ option command_line::text(const std::string& names, const std::string& unit, std
 }
 
 option command_line::texts(const std::string& names, const std::string& unit, std::vector<std::string>& values,
-                           const std::string& help)
+                           const std::string& help, bool all_that_follow)
 {
-    const bool positional = names[0] != '-';
-    return option(parts_->app.add_option(names, values, help)->type_name(unit)->allow_extra_args(positional));
+    const bool many = all_that_follow || names[0] != '-';
+    return option(parts_->app.add_option(names, values, help)->type_name(unit)->allow_extra_args(many));
 }
 
 option command_line::custom(const std::string& names, const std::string& unit, const reader& read,
@@ -62,6 +62,13 @@ option command_line::custom(const std::string& names, const std::string& unit, c
 {
     // the check of a value is where it is taken, too: its error then names the option
     return option(parts_->app.add_option(names)->description(help)->type_name(unit)->check(read));
+}
+
+option command_line::several(const std::string& names, const std::string& unit, const reader& read,
+                             const std::string& help)
+{
+    CLI::Option* const many = parts_->app.add_option(names)->description(help)->type_name(unit);
+    return option(many->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(false)->check(read));
 }
 
 // The long names of all options, with the dashes or without.

@@ -58,9 +58,9 @@ public:
     void flag(const std::string& names, bool& value, const std::string& help);
     option text(const std::string& names, const std::string& unit, std::string& value, const std::string& help);
 
-    // One value each time the option is given; all that follow, if it is positional.
+    // One value each time the option is given; all that follow, up to the next option, if it is positional or so wanted.
     option texts(const std::string& names, const std::string& unit, std::vector<std::string>& values,
-                 const std::string& help);
+                 const std::string& help, bool all_that_follow = false);
 
     // `unset` is shown in place of a default that says nothing to a user.
     template <typename T>
@@ -113,6 +113,9 @@ public:
     // Whatever else a value can be: `read` takes it, or returns "expected ..., found ...".
     using reader = std::function<std::string(const std::string& found)>;
     option custom(const std::string& names, const std::string& unit, const reader& read, const std::string& help);
+
+    // The same for each time the option is given.
+    option several(const std::string& names, const std::string& unit, const reader& read, const std::string& help);
 
     // --config: options from a file. The command line comes first.
     void config_file();

@@ -17,6 +17,14 @@ std::string to_text(double value, int digits)
     return {buffer, std::to_chars(buffer, buffer + sizeof(buffer), value, format, whole ? 0 : digits).ptr};
 }
 
+std::string to_fixed(double value, int decimals)
+{
+    char buffer[std::numeric_limits<double>::max_exponent10 + 32];
+    const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::fixed, decimals).ptr;
+    const std::string text(buffer, end);
+    return text.find_first_not_of("-0.") == std::string::npos && text[0] == '-' ? text.substr(1) : text;
+}
+
 bool below_one(std::string_view text)
 {
     const std::size_t mark = std::min(text.find_first_of("eE"), text.size());

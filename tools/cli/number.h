@@ -20,6 +20,9 @@ std::string to_text(T value)
 // Rounded to that many significant digits; from 1000 on to a whole number, without an exponent.
 std::string to_text(double value, int digits);
 
+// With that many decimals. What rounds to zero has no sign.
+std::string to_fixed(double value, int decimals);
+
 // Both ends belong to it.
 template <typename T>
 struct range {

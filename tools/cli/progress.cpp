@@ -25,12 +25,12 @@ static std::size_t terminal_width()
     return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-static std::string bar_line(int done, int total, const std::string& what, std::size_t width)
+static std::string bar_line(int done, int total, const std::string& what, const std::string& note, std::size_t width)
 {
     const double share = static_cast<double>(done) / total;
     char text[96];
     std::snprintf(text, sizeof(text), "%3.0f %%  %s %d of %d", 100 * share, what.c_str(), done, total);
-    const std::string numbers(text);
+    const std::string numbers = text + note;
     if (width < numbers.size() + least_cells + 4)
         return numbers.substr(0, width - 1);
     const std::size_t cells = std::min(most_cells, width - numbers.size() - 4);
@@ -52,12 +52,12 @@ progress::~progress()
         std::fprintf(stderr, "\r%*s\r", drawn_, "");
 }
 
-void progress::update(int done)
+void progress::update(int done, const std::string& note)
 {
     if (!active_ || clock::now() < next_)
         return;
     next_ = clock::now() + between;
-    const std::string line = bar_line(done, total_, what_, terminal_width());
+    const std::string line = bar_line(done, total_, what_, note, terminal_width());
     const int length = static_cast<int>(line.size());
     std::fprintf(stderr, "\r%-*s", std::max(length, drawn_), line.c_str());
     drawn_ = length;

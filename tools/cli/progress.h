@@ -15,7 +15,8 @@ public:
     progress(const progress&) = delete;
     progress& operator=(const progress&) = delete;
 
-    void update(int done);
+    // `note` follows the numbers.
+    void update(int done, const std::string& note = "");
 
 private:
     using clock = std::chrono::steady_clock;

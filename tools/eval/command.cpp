@@ -2,9 +2,7 @@
 //
 // The subcommand `eval`: one sequence at a time, so that memory is that of the longest.
 #include <algorithm>
-#include <iostream>
 #include <memory>
-#include <optional>
 
 #include "cli/command_line.h"
 #include "cli/output_file.h"
@@ -14,13 +12,11 @@
 #include "eval/report.h"
 #include "eval/rows.h"
 #include "eval/score.h"
-#include "mot/seqinfo.h"
+#include "eval/truth.h"
 
 namespace zeltrack {
 
 namespace {
-
-enum class rules_choice { automatic, mot15, mot17, mot20 };
 
 struct eval_options {
     std::string truth;
@@ -47,14 +43,7 @@ static void declare_options(command_line& line, eval_options& options)
     line.texts("TRACKS", "", options.tracks,
                "file of tracks, or a folder of SEQ.txt; several are compared,\nand the best value of each is marked")
         .required();
-    line.choice("--rules", options.rules,
-                {{"auto", rules_choice::automatic},
-                 {"mot15", rules_choice::mot15},
-                 {"mot17", rules_choice::mot17},
-                 {"mot20", rules_choice::mot20}},
-                "which rows count: with mot15 all that GT marks; with\n"
-                "mot17 and mot20 only class 1 of it, and no track on a\n"
-                "distractor. auto is mot17 if GT has classes");
+    declare_rules(line, options.rules);
     read_columns(default_columns, options.columns);
     line.custom(
         "--columns", "NAMES", [&options](const std::string& text) { return read_columns(text, options.columns); },
@@ -74,45 +63,20 @@ static void declare_options(command_line& line, eval_options& options)
     line.flag("-q,--quiet", options.quiet, "no warnings, no progress bar");
 }
 
-static score_rules rules_for(const eval_options& options, const std::string& name, const score_file& truth)
-{
-    switch (options.rules) {
-    case rules_choice::mot15:
-        return score_rules::mot15;
-    case rules_choice::mot17:
-        return score_rules::mot17;
-    case rules_choice::mot20:
-        return score_rules::mot20;
-    case rules_choice::automatic:
-        break;
-    }
-    return rules_of(truth, name);
-}
-
-static void check(const std::optional<row_fault>& fault, const score_file& file, int length)
-{
-    if (fault)
-        throw failure(text_of(*fault, file, length));
-}
-
 static scored_sequence score_files(const eval_options& options, const sequence_files& files, scorer& subject)
 {
-    const score_file truth = load_truth_rows(files.truth, options.frame_base);
-    const score_rules rules = rules_for(options, files.name, truth);
-    if (rules != score_rules::mot15 && truth.no_class)
-        throw failure(truth.name + ":" + to_text(truth.no_class->line) + ": " + truth.no_class->text);
-    const int told = files.info.empty() ? 0 : load_sequence_info(files.info).frames;
+    const sequence_truth truth = load_sequence_truth(files, options.rules, options.frame_base);
 
     scored_sequence result{files.name, {}, {}};
     int length = -1;
     for (const std::string& path : files.tracks) {
         const score_file tracks = load_track_rows(path, options.frame_base);
-        const int wanted = told > 0 ? told : std::max(truth.last_frame, tracks.last_frame);
+        const int wanted = truth.length_with(tracks.last_frame);
         if (wanted != length)
-            check(subject.set_truth(truth.rows.data(), truth.rows.size(), rules, wanted), truth, wanted);
+            truth.give_to(subject, wanted);
         length = wanted;
         sequence_score score;
-        check(subject.score(tracks.rows.data(), tracks.rows.size(), score), tracks, length);
+        refuse_fault(subject.score(tracks.rows.data(), tracks.rows.size(), score), tracks, length);
         result.scores.push_back(score);
         result.switches.push_back(subject.switches());
         for (identity_switch& it : result.switches.back())
@@ -141,18 +105,10 @@ static report score_all(const eval_options& options, const pairing& pairs)
 
 static void check_pairs(const eval_options& options, const pairing& pairs)
 {
-    std::string missing;
-    for (const std::string& it : pairs.missing)
-        missing += (missing.empty() ? "" : ", ") + it;
-    if (!missing.empty() && !options.skip_missing)
-        throw failure("no sequence " + missing + " (--skip-missing leaves out what is not everywhere)");
-    if (pairs.sequences.empty())
-        throw failure(printable(options.truth) + ": expected a sequence that has tracks, found none");
+    refuse_missing(pairs, options.skip_missing, options.quiet, "tracks");
     for (const sequence_files& files : pairs.sequences)
         if (files.name == "combined" && options.format == report_format::json)
             throw failure(printable(files.truth) + ": expected another name, \"combined\" is that of the sum");
-    if (!missing.empty() && !options.quiet)
-        std::cerr << "left out: no sequence " << missing << '\n';
 }
 
 // All are opened before the first is committed, so that a wrong name leaves nothing half done.

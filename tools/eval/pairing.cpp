@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <initializer_list>
+#include <iostream>
 #include <map>
 #include <set>
 
@@ -32,10 +34,13 @@ static bool is_folder(const std::string& path)
     return fs::is_directory(status);
 }
 
-// The truth within the folder of a sequence; empty if there is none.
-static fs::path truth_within(const fs::path& folder)
+using places = std::initializer_list<const char*>;  // within the folder of a sequence
+static constexpr places truth_places = {"gt.txt", "gt/gt.txt"};
+static constexpr places detection_places = {"det.txt", "det/det.txt"};
+
+static fs::path first_within(const fs::path& folder, places wanted)
 {
-    for (const char* place : {"gt.txt", "gt/gt.txt"})
+    for (const char* place : wanted)
         if (is_file(folder / place))
             return folder / place;
     return {};
@@ -49,8 +54,8 @@ static void add(files_by_name& files, const std::string& name, const fs::path& p
                       printable(known->second.string()));
 }
 
-// SEQ.txt and, if wanted, the truth within the folders SEQ.
-static files_by_name files_in(const std::string& folder, bool truth)
+// SEQ.txt and what is at those places within the folders SEQ.
+static files_by_name files_in(const std::string& folder, places wanted)
 {
     files_by_name files;
     std::error_code error;
@@ -60,7 +65,7 @@ static files_by_name files_in(const std::string& folder, bool truth)
             continue;
         if (path.extension() == ".txt" && is_file(path))
             add(files, path.stem().string(), path);
-        else if (const fs::path within = truth ? truth_within(path) : fs::path(); !within.empty())
+        else if (const fs::path within = first_within(path, wanted); !within.empty())
             add(files, path.filename().string(), within);
     }
     if (error)
@@ -118,15 +123,15 @@ static pairing pair_single(const std::string& truth, const std::vector<std::stri
     return {{files}, names_of(tracks, false), {}};
 }
 
-static pairing pair_folders(const std::string& truth, const std::vector<std::string>& tracks)
+static pairing pair_folders(const std::string& truth, const std::vector<std::string>& tracks, paired_kind kind)
 {
-    const files_by_name truths = files_in(truth, true);
+    const files_by_name truths = files_in(truth, truth_places);
     std::vector<files_by_name> sets;
     std::set<std::string> names;
     for (const auto& [name, path] : truths)
         names.insert(name);
     for (const std::string& folder : tracks) {
-        sets.push_back(files_in(folder, false));
+        sets.push_back(files_in(folder, kind == paired_kind::detections ? detection_places : places()));
         for (const auto& [name, path] : sets.back())
             names.insert(name);
     }
@@ -151,7 +156,7 @@ static pairing pair_folders(const std::string& truth, const std::vector<std::str
     return result;
 }
 
-pairing pair_files(const std::string& truth, const std::vector<std::string>& tracks)
+pairing pair_files(const std::string& truth, const std::vector<std::string>& tracks, paired_kind kind)
 {
     const bool folders = truth != "-" && is_folder(truth);
     for (const std::string& path : tracks)
@@ -159,7 +164,20 @@ pairing pair_files(const std::string& truth, const std::vector<std::string>& tra
             throw failure(printable(path) + (folders ? ": expected a folder, as is " : ": expected a file, as is ") +
                               printable(truth),
                           exit_usage);
-    return folders ? pair_folders(truth, tracks) : pair_single(truth, tracks);
+    return folders ? pair_folders(truth, tracks, kind) : pair_single(truth, tracks);
+}
+
+void refuse_missing(const pairing& pairs, bool skip, bool quiet, const std::string& other)
+{
+    std::string missing;
+    for (const std::string& it : pairs.missing)
+        missing += (missing.empty() ? "" : ", ") + it;
+    if (!missing.empty() && !skip)
+        throw failure("no sequence " + missing + " (--skip-missing leaves out what is not everywhere)");
+    if (pairs.sequences.empty())
+        throw failure("expected a sequence that has ground truth and " + other + ", found none");
+    if (!missing.empty() && !quiet)
+        std::cerr << "left out: no sequence " << missing << '\n';
 }
 
 }  // namespace zeltrack

@@ -4,9 +4,9 @@
 #include "eval/report.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "cli/failure.h"
+#include "cli/grid.h"
 #include "cli/nearest.h"
 #include "cli/number.h"
 
@@ -23,7 +23,7 @@ static bool compared(const report& of)
 
 const char default_columns[] = "HOTA,DetA,AssA,MOTA,IDF1,IDSW,Frag,FP,FN,MT,ML,ids";
 
-static const figure* find_figure(const std::string& name)
+const figure* find_figure(const std::string& name)
 {
     static constexpr struct {
         std::string_view name, meant;
@@ -46,6 +46,11 @@ static std::vector<std::string> names()
     return all;
 }
 
+std::string no_figure(const std::string& wanted, const std::string& name)
+{
+    return expected(wanted, name) + suggestion(name, names());
+}
+
 std::string read_columns(const std::string& text, std::vector<report_column>& columns)
 {
     columns.clear();
@@ -54,7 +59,7 @@ std::string read_columns(const std::string& text, std::vector<report_column>& co
         const std::string name = text.substr(at, comma - at);
         const figure* const found = find_figure(name);
         if (!found)
-            return expected("names of figures, divided by commas", name) + suggestion(name, names());
+            return no_figure("names of figures, divided by commas", name);
         columns.push_back({name, found});
         at = comma + 1;
     }
@@ -63,27 +68,18 @@ std::string read_columns(const std::string& text, std::vector<report_column>& co
 
 // --- numbers ---------------------------------------------------------------------------------------------------------
 
-static std::string fixed(double value, int decimals)
-{
-    char buffer[64];
-    const auto end = std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::fixed, decimals).ptr;
-    std::string text(buffer, end);
-    // what rounds to zero has no sign
-    return text.find_first_not_of("-0.") == std::string::npos && text[0] == '-' ? text.substr(1) : text;
-}
-
 static std::string shown(const figure& it, const sequence_score& score)
 {
     const double value = it.value(score);
     switch (it.shown) {
     case figure::kind::ratio:
-        return fixed(100 * value, 2);
+        return to_fixed(100 * value, 2);
     case figure::kind::count:
-        return fixed(value, 0);
+        return to_fixed(value, 0);
     case figure::kind::sum:
         break;
     }
-    return fixed(value, 2);
+    return to_fixed(value, 2);
 }
 
 // Among sets of tracks that are not all alike in it.
@@ -103,24 +99,13 @@ static bool is_best(const figure& it, const std::vector<sequence_score>& scores,
 
 // --- table and Markdown ----------------------------------------------------------------------------------------------
 
-namespace {
-
-struct cell {
-    std::string text;
-    bool best = false;
-};
-
-using cell_row = std::vector<cell>;  // empty between two blocks
-
-}  // namespace
-
 static void add_block(const report& of, const scored_sequence& sequence, const columns_of_report& columns,
-                      std::vector<cell_row>& grid)
+                      std::vector<grid_row>& grid)
 {
     if (compared(of) && grid.size() > 1)
         grid.emplace_back();
     for (std::size_t s = 0; s < sequence.scores.size(); ++s) {
-        cell_row row = {{printable(sequence.name)}};
+        grid_row row = {{printable(sequence.name)}};
         if (compared(of))
             row.push_back({printable(of.trackers[s])});
         for (const report_column& column : columns)
@@ -130,14 +115,14 @@ static void add_block(const report& of, const scored_sequence& sequence, const c
     }
 }
 
-static std::vector<cell_row> grid_of(const report& of, const columns_of_report& columns)
+static std::vector<grid_row> grid_of(const report& of, const columns_of_report& columns)
 {
-    cell_row head = {{"sequence"}};
+    grid_row head = {{"sequence"}};
     if (compared(of))
         head.push_back({"tracks"});
     for (const report_column& column : columns)
         head.push_back({column.title});
-    std::vector<cell_row> grid = {head};
+    std::vector<grid_row> grid = {head};
     for (const scored_sequence& sequence : of.sequences)
         add_block(of, sequence, columns, grid);
     scored_sequence total = of.total;
@@ -146,41 +131,13 @@ static std::vector<cell_row> grid_of(const report& of, const columns_of_report& 
     return grid;
 }
 
-// In characters, not bytes.
-static std::size_t width_of(const std::string& text)
-{
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xc0) != 0x80; }));
-}
-
-static std::string table(const std::vector<cell_row>& grid, std::size_t names)
-{
-    std::vector<std::size_t> widths(grid[0].size());
-    for (const cell_row& row : grid)
-        for (std::size_t c = 0; c < row.size(); ++c)
-            widths[c] = std::max(widths[c], width_of(row[c].text));
-    std::string out;
-    for (const cell_row& row : grid) {
-        std::string line;
-        for (std::size_t c = 0; c < row.size(); ++c) {
-            const std::string padding(widths[c] - width_of(row[c].text), ' ');
-            // the mark stands in the gap, so that the digits stay aligned
-            line += c == 0 ? "" : row[c - 1].best ? "* " : "  ";
-            line += c < names ? row[c].text + padding : padding + row[c].text;
-        }
-        line += !row.empty() && row.back().best ? "*" : "";
-        out += line.substr(0, line.find_last_not_of(' ') + 1) + '\n';
-    }
-    return out;
-}
-
-static std::string markdown(const std::vector<cell_row>& grid, std::size_t names)
+static std::string markdown(const std::vector<grid_row>& grid, std::size_t names)
 {
     std::string out;
-    for (const cell_row& row : grid) {
+    for (const grid_row& row : grid) {
         if (row.empty())
             continue;
-        for (const cell& it : row) {
+        for (const grid_cell& it : row) {
             std::string text;
             for (const char c : it.text)
                 text.append(c == '|' ? "\\" : "").append(1, c);
@@ -253,7 +210,7 @@ std::string curves_of(const report& of)
     out += '\n';
     for_all(of, [&](const std::string& name, std::size_t tracker, const sequence_score& score) {
         for (std::size_t t = 0; t < threshold_count; ++t) {
-            out += csv_names(of, name, tracker) + ',' + fixed(score_thresholds[t], 2);
+            out += csv_names(of, name, tracker) + ',' + to_fixed(score_thresholds[t], 2);
             for (const figure& it : figures())
                 if (it.curve)
                     out += ',' + to_text(it.curve(score)[t]);
@@ -343,7 +300,7 @@ std::string to_text(const report& of, report_format format, const columns_of_rep
     const std::size_t names = compared(of) ? 2 : 1;
     switch (format) {
     case report_format::table:
-        return table(grid_of(of, columns), names);
+        return to_table(grid_of(of, columns), names);
     case report_format::markdown:
         return markdown(grid_of(of, columns), names);
     case report_format::csv:

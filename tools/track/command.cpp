@@ -9,6 +9,7 @@
 #include "cli/command_line.h"
 #include "cli/output_file.h"
 #include "cli/progress.h"
+#include "track/settle.h"
 #include "track/stitch.h"
 #include "track/tentative.h"
 #include "track/track.h"
@@ -96,6 +97,7 @@ static void run(command_line& line)
 
     refuse_shared_files({options.detections}, {output});
     const sequence input = load_sequence(options);
+    settle(options, input);
     output_file results(output, !no_sync);
     progress bar(!options.quiet, "frame", input.frames);
     const track_summary summary = recorded.any() ? track_recording(input, options, recorded, results, bar)

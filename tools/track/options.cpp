@@ -11,16 +11,41 @@
 
 namespace zeltrack {
 
+static constexpr range<double> scale_factors = {0.001, 1000};
+static constexpr range<double> removal_range = {0.001, 1e6};
+
+// A number of the option's own unit, or with a letter after it of another one; or auto.
+template <typename T>
+static command_line::reader reader_of(T& value, const range<T>& allowed, double& other,
+                                      const range<double>& other_range, char letter)
+{
+    return [&value, allowed, &other, other_range, letter, automatic = value, none = other](const std::string& found) {
+        value = automatic;
+        other = none;
+        if (found == "auto")
+            return std::string();
+        const bool lettered = !found.empty() && found.back() == letter;
+        if (lettered ? parse_number(std::string_view(found).substr(0, found.size() - 1), other_range, other)
+                     : parse_number(found, allowed, value))
+            return std::string();
+        return expected("a number from " + to_text(allowed) + ", one with " + letter + " from " + to_text(other_range) +
+                            ", or auto",
+                        found);
+    };
+}
+
 static void declare_association(command_line& line, track_options& options)
 {
     const std::string gate = to_text(gate_units);
-    line.number_or("auto", "--scale", "N", options.scale, {min_scale, max_scale},
-                   "units of the tracker per pixel: from one frame to the next an\n"
-                   "object may step less than " +
-                       gate + " units, which are " + gate +
-                       " / N pixels.\n"
-                       "auto makes that the size, sqrt(width * height), of the median\n"
-                       "box in the first frame");
+    const range<double> scales = {min_scale, max_scale};
+    line.custom("--scale", "N|Nx|auto", reader_of(options.scale, scales, options.scale_factor, scale_factors, 'x'),
+                "units of the tracker per pixel: from one frame to the next an\n"
+                "object may step less than " +
+                    gate + " units, which are " + gate +
+                    " / N pixels.\n"
+                    "auto makes that the size, sqrt(width * height), of the median\n"
+                    "box in the first frame; 1.5x is 1.5 times auto; " +
+                    to_text(scales) + " (default auto)");
     line.number("--euc", "D", options.euc, {0, 1},
                 "squared centre distance, in squared units, up to which a\n"
                 "detection matches a track however little the boxes overlap;\n");
@@ -34,9 +59,12 @@ static void declare_life(command_line& line, track_options& options)
 {
     line.number("-s,--stable", "N", options.stable, {1, max_frame},
                 "matched frames, the first included, after which a track gets\nits identifier and is reported");
-    line.number_or("auto", "-r,--removal", "N", options.removal, {1, max_frame},
-                   "frames in a row that a track may go unmatched; auto is half a\n"
-                   "second where the frame rate is known, 10 otherwise");
+    const range<int> frames = {1, max_frame};
+    line.custom("-r,--removal", "N|Ns|auto",
+                reader_of(options.removal, frames, options.removal_seconds, removal_range, 's'),
+                "frames in a row that a track may go unmatched, or seconds, as\n"
+                "in 0.8s; auto is half a second where the frame rate is known,\n10 frames otherwise; " +
+                    to_text(frames) + " (default auto)");
     line.number("--fps", "N", options.fps, {0.001, 1e6}, "frames per second", "that of a seqinfo.ini");
     line.number("--max-objects", "N", options.max_objects, {1, 1000000},
                 "capacity: detections per frame, live tracks, rows per frame;\n",

@@ -16,11 +16,13 @@ class command_line;
 struct track_options {
     std::string detections;  // "-": standard input
     double scale = ZEL_HOST_AUTO;
-    int max_objects = 0;  // 0: ample_capacity()
+    double scale_factor = 1;  // of the automatic scale; see settle()
+    int max_objects = 0;      // 0: ample_capacity()
     float euc = 1.0F;
     float iou = 0.3F;
     int stable = 2;
     int removal = ZEL_HOST_AUTO;
+    double removal_seconds = 0;  // 0: not in seconds; see settle()
     bool ignore_class = false;
     float min_conf = ZEL_HOST_AUTO_CONFIDENCE;
     int steady = ZEL_HOST_AUTO;

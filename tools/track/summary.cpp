@@ -46,7 +46,9 @@ static void print_choices(std::ostream& out, const track_summary& summary, const
     if (summary.scale > 0)
         out << "gate         " << to_text(gate_units / summary.scale, 3) << " pixels (scale "
             << to_text(summary.scale, 3)
-            << (options.scale > 0 ? ", given" : ", auto: the median box of the first frame") << ")\n";
+            << (options.scale_factor != 1 ? ", " + to_text(options.scale_factor) + " times auto)\n"
+                : options.scale > 0       ? ", given)\n"
+                                          : ", auto: the median box of the first frame)\n");
     out << "steady       " << (host.steady ? "on" : "off") << " (" << why(host.steady_reason) << ")\n"
         << "removal      " << host.removal << " frames (" << why(host.removal_reason) << ")\n";
 }

@@ -9,6 +9,7 @@
 #include "eval/pairing.h"
 #include "eval/rows.h"
 #include "mot/seqinfo.h"
+#include "track/settle.h"
 #include "view/view.h"
 
 namespace zeltrack {
@@ -96,6 +97,7 @@ static void run(command_line& line)
     if (compared == "-" && (truth == "-" || options.track.detections == "-"))
         throw failure("--compare: expected a file of its own", exit_usage);
     const sequence file = load_sequence(options.track);
+    settle(options.track, file);
     if (!truth.empty())
         options.truth = load_truth(truth, options.track.layout.frame_base);
     if (!compared.empty()) {

@@ -5,36 +5,15 @@
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 #include <map>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "eval/as_written.h"
 #include "eval/figure_list.h"
 
 namespace zeltrack {
-
-// The number that a file has for it, as long as it has no more digits than a float. The difference is a rounding, but
-// boxes whose overlap is exactly a threshold are not rare.
-static double as_written(float value)
-{
-    constexpr int most_digits = 9;
-    double unit = 1;
-    for (int digits = 0; digits <= most_digits; ++digits) {
-        const double decimal = std::nearbyint(value * unit) / unit;
-        if (static_cast<float>(decimal) == value)
-            return decimal;
-        unit *= 10;
-    }
-    return value;
-}
-
-static score_row to_score(const mot_row& row)
-{
-    return {
-        row.frame, row.id, as_written(row.left), as_written(row.top), as_written(row.width), as_written(row.height)};
-}
 
 static std::vector<score_row> rows_of(const true_boxes& truth)
 {
