@@ -332,10 +332,8 @@ TEST(Inverse, OfFourRowsIsThatWithinFive)
             five.at(t / 4, t % 4) = four.at(t / 4, t % 4);
         EXPECT_EQ(zel_mat_inv(four, four), 0);
         EXPECT_EQ(zel_mat_inv(five, five), 0);
-        const auto is_finite = [](f32_t x) { return std::isfinite(x); };
-        if (!std::all_of(four.data.begin(), four.data.end(), is_finite) ||
-            !std::all_of(five.data.begin(), five.data.end(), is_finite))
-            continue;  // singular, or too large to be sure of a NaN
+        if (!std::all_of(five.data.begin(), five.data.end(), [](f32_t x) { return std::isfinite(x); }))
+            continue;  // singular, or with an infinity on the way
         ++finite;
         for (int t = 0; t < 16; ++t)
             ASSERT_EQ(four.at(t / 4, t % 4), five.at(t / 4, t % 4)) << "round " << round << " at " << t;
