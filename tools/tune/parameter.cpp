@@ -119,7 +119,7 @@ std::string to_text(const setting& of)
 {
     std::string text;
     for (const auto& [name, value] : of)
-        text += (text.empty() ? "--" : " --") + name + '=' + value;
+        text.append(text.empty() ? "--" : " --").append(name).append("=").append(value);
     return text.empty() ? "(defaults)" : text;
 }
 

@@ -31,7 +31,7 @@ std::string request_for(const trial& it, std::size_t sequence)
 std::string take_line(std::string& text)
 {
     const std::size_t end = text.find('\n');
-    const std::string line = text.substr(0, end);
+    std::string line = text.substr(0, end);
     text.erase(0, end + 1);
     return line;
 }
@@ -108,11 +108,13 @@ private:
     {
         for (std::vector<setting> batch; !(batch = one.next()).empty();) {
             std::vector<trial> asked;
+            asked.reserve(batch.size());
             for (const setting& chosen : batch)
                 asked.push_back(next_trial(chosen, 0));
             if (!run_batch(asked))
                 return false;
             std::vector<std::optional<double>> objectives;
+            objectives.reserve(asked.size());
             for (const trial& it : asked)
                 objectives.push_back(it.figures.empty() ? std::nullopt : std::optional(by_.of_all(it)));
             one.tell(objectives);

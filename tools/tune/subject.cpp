@@ -17,7 +17,7 @@ namespace zeltrack {
 static void add_words(std::vector<std::string>& words, const setting& options)
 {
     for (const auto& [name, value] : options)
-        words.push_back("--" + name + '=' + value);
+        words.emplace_back("--").append(name).append("=").append(value);
 }
 
 track_options options_of(const setting& fixed, const setting& chosen, const std::string& detections)
@@ -27,6 +27,7 @@ track_options options_of(const setting& fixed, const setting& chosen, const std:
     add_words(words, chosen);
     words.emplace_back("DETECTIONS");  // no path, which may look like an option
     std::vector<const char*> arguments;
+    arguments.reserve(words.size());
     for (const std::string& word : words)
         arguments.push_back(word.c_str());
     command_line line(track_command, static_cast<int>(arguments.size()), arguments.data());
@@ -140,6 +141,7 @@ std::vector<double> try_setting(const subject& on, const setting& fixed, const s
     if (scoring.score(rows.data(), rows.size(), score))
         throw failure("tracks that cannot be scored");
     std::vector<double> figures;
+    figures.reserve(wanted.size());
     for (const figure* it : wanted)
         figures.push_back(it->value(score));
     return figures;
