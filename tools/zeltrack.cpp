@@ -16,7 +16,8 @@
 
 namespace zeltrack {
 
-static const subcommand* const commands[] = {&track_command, &eval_command, &tune_command, &view_command, &synth_command};
+static const subcommand* const commands[] = {&track_command, &eval_command, &tune_command, &view_command,
+                                             &synth_command};
 
 static std::string help()
 {
