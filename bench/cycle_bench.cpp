@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// One predict and correct of a filter with 8 states and 4 measurements: the whole cycle, one filter over and over or
-// many in turn, and its eleven matrix calls one by one.
+// One predict and correct of a filter: of 8 states and 4 measurements the whole cycle, one filter over and over or many
+// in turn, and its eleven matrix calls one by one; the whole cycle for other sizes.
 
 #include <vector>
 
@@ -17,19 +17,18 @@ struct kalman_deleter {
 using kalman = std::unique_ptr<zel_kalman_t, kalman_deleter>;
 
 // The filters borrow the model, as those of a tracker do.
+template <int ns, int nm>
 class libzel_filters {
 public:
     explicit libzel_filters(int count)
     {
         for (int n = 0; n < count; ++n)
-            filters_.emplace_back(zel_kalman_create(8, 4, 1, A_.get(), H_.get(), Q_.get(), R_.get()));
+            filters_.emplace_back(zel_kalman_create(ns, nm, 1, A_.get(), H_.get(), Q_.get(), R_.get()));
     }
 
     void operator()()
     {
-        float box[4];
-        measure_box(step_++, box);
-        std::memcpy(z_->data.f, box, sizeof(box));
+        measure(step_++, nm, z_->data.f);
         zel_kalman_t* filter = filters_[next_].get();
         zel_kalman_predict(filter);
         zel_kalman_correct(filter, z_.get());
@@ -37,47 +36,65 @@ public:
     }
 
 private:
-    mat A_ = copy_of(model_A, 8, 8);
-    mat H_ = copy_of(model_H, 4, 8);
-    mat Q_ = copy_of(model_Q, 8, 8);
-    mat R_ = copy_of(model_R, 4, 4);
-    mat z_{zel_mat_create(4, 1, ZEL_F32)};
+    mat A_ = copy_of(model_of(ns, nm).A, ns, ns);
+    mat H_ = copy_of(model_of(ns, nm).H, nm, ns);
+    mat Q_ = copy_of(model_of(ns, nm).Q, ns, ns);
+    mat R_ = copy_of(model_of(ns, nm).R, nm, nm);
+    mat z_{zel_mat_create(nm, 1, ZEL_F32)};
     std::vector<kalman> filters_;
     std::size_t next_ = 0;
     int step_ = 0;
 };
 
-template <template <int, int> class M, void (*cycle)(const eigen_model<M>&, eigen_filter<M>&, const M<4, 1>&)>
+template <template <int, int> class M, int ns, int nm,
+          void (*cycle)(const eigen_model<M, ns, nm>&, eigen_filter<M, ns, nm>&, const M<nm, 1>&)>
 class eigen_filters {
 public:
     explicit eigen_filters(int count) : filters_(static_cast<std::size_t>(count)) {}
 
     void operator()()
     {
-        float box[4];
-        measure_box(step_++, box);
-        std::memcpy(z_.data(), box, sizeof(box));
+        measure(step_++, nm, z_.data());
         cycle(model_, filters_[next_], z_);
         next_ = next_ + 1 < filters_.size() ? next_ + 1 : 0;
     }
 
 private:
-    eigen_model<M> model_;
-    std::vector<eigen_filter<M>> filters_;
-    M<4, 1> z_{4, 1};
+    eigen_model<M, ns, nm> model_;
+    std::vector<eigen_filter<M, ns, nm>> filters_;
+    M<nm, 1> z_{nm, 1};
     std::size_t next_ = 0;
     int step_ = 0;
 };
 
-using user_filters = eigen_filters<fixed, user_cycle<fixed>>;
-using expert_filters = eigen_filters<fixed, expert_cycle>;
-using dynamic_filters = eigen_filters<dynamic, user_cycle<dynamic>>;
+template <int ns, int nm>
+using user_filters = eigen_filters<fixed, ns, nm, user_cycle<fixed, ns, nm>>;
+template <int ns, int nm>
+using expert_filters = eigen_filters<fixed, ns, nm, expert_cycle<fixed, ns, nm>>;
+template <int ns, int nm>
+using dynamic_filters = eigen_filters<dynamic, ns, nm, user_cycle<dynamic, ns, nm>>;
 
 template <typename Filters>
-void add_filters(int count, const std::string& column)
+void add_filters(const std::string& section, const std::string& line, const std::string& column, int count)
 {
-    const std::string line = std::to_string(count) + (count > 1 ? " filters in turn" : " filter");
-    measure(cell("cycle", line, column), [=] { return Filters(count); });
+    measure(cell(section, line, column), [=] { return Filters(count); });
+}
+
+// Without the expert, whose products of large matrices take the compiler minutes.
+template <int ns, int nm>
+void add_peers(const std::string& section, const std::string& line, int count)
+{
+    add_filters<libzel_filters<ns, nm>>(section, line, "libzel", count);
+    add_filters<user_filters<ns, nm>>(section, line, "Eigen user", count);
+    add_filters<dynamic_filters<ns, nm>>(section, line, "Eigen dynamic", count);
+}
+
+template <int ns, int nm, int... more>
+void add_sizes()
+{
+    add_peers<ns, nm>("cycle by size", "ns = " + std::to_string(ns) + ", nm = " + std::to_string(nm), 1);
+    if constexpr (sizeof...(more) > 0)
+        add_sizes<more...>();
 }
 
 // --- the calls -------------------------------------------------------------------------------------------------------
@@ -92,8 +109,8 @@ struct libzel_parts {
 };
 
 struct eigen_parts {
-    eigen_model<fixed> m;
-    eigen_filter<fixed> f;
+    eigen_model<fixed, 8, 4> m;
+    eigen_filter<fixed, 8, 4> f;
     fixed<8, 8> t1 = m.Q;
     fixed<8, 4> t2 = m.H.transpose(), K = t2;
     fixed<4, 4> t3 = m.R, t4 = m.R;
@@ -119,17 +136,17 @@ void add_call(const std::string& line, F call, G user, H expert)
 void add_cycles()
 {
     for (const int count : {1, 100, 1000}) {
-        add_filters<libzel_filters>(count, "libzel");
-        add_filters<user_filters>(count, "Eigen user");
-        add_filters<expert_filters>(count, "Eigen expert");
-        add_filters<dynamic_filters>(count, "Eigen dynamic");
+        const std::string line = std::to_string(count) + (count > 1 ? " filters in turn" : " filter");
+        add_peers<8, 4>("cycle", line, count);
+        add_filters<expert_filters<8, 4>>("cycle", line, "Eigen expert", count);
     }
+    add_sizes<2, 1, 4, 2, 6, 2, 6, 3, 7, 4, 8, 4, 9, 3, 10, 4, 12, 6, 15, 6, 16, 8, 20, 10, 24, 8>();
 }
 
 void add_user_cycles(const std::string& section, const std::string& line, int n)
 {
     measure(cell(section, line, "N Eigen cycles"), [n] {
-        return [n, cycle = user_filters(1)]() mutable {
+        return [n, cycle = user_filters<8, 4>(1)]() mutable {
             for (int i = 0; i < n; ++i)
                 cycle();
         };

@@ -49,9 +49,10 @@ void add_products()
 {
     for (int n = 8; n <= 128; n += 4)
         add_product<float>("product of n x n f32", "n = " + std::to_string(n), n, ZEL_F32);
+    for (int n = 4; n <= 64; n += n < 16 ? 4 : 16)
+        add_product<double>("product by depth", "f64, n = " + std::to_string(n), n, ZEL_F64);
     for (const int n : {8, 32, 128}) {
         const auto line = [=](const char* depth) { return depth + (", n = " + std::to_string(n)); };
-        add_product<double>("product by depth", line("f64"), n, ZEL_F64);
         add_product<std::uint8_t>("product by depth", line("u08"), n, ZEL_U08);
         add_product<std::int16_t>("product by depth", line("s16"), n, ZEL_S16);
         add_product<std::int32_t>("product by depth", line("s32"), n, ZEL_S32);
@@ -158,38 +159,43 @@ void add_elementwise_all()
 }
 
 // As different from step to step as the covariances of many filters: branch prediction must not learn one by heart.
-std::vector<Eigen::Matrix4f> covariances()
+template <int n>
+using square = Eigen::Matrix<float, n, n>;
+
+template <int n>
+std::vector<square<n>> covariances()
 {
-    std::vector<Eigen::Matrix4f> all(256);
-    for (Eigen::Matrix4f& S : all) {
+    std::vector<square<n>> all(256);
+    for (square<n>& S : all) {
         S.setRandom();
-        S = S * S.transpose() + Eigen::Matrix4f::Identity();
+        S = S * S.transpose() + square<n>::Identity();
     }
     return all;
 }
 
-template <typename F>
+template <int n, typename F>
 void add_inverse(const std::string& column, F invert)
 {
-    measure(cell("inverse of 4 x 4 f32", "", column), [=] {
-        return [invert, all = covariances(), result = Eigen::Matrix4f(), next = 0U]() mutable {
+    measure(cell("inverse of n x n f32", "n = " + std::to_string(n), column), [=] {
+        return [invert, all = covariances<n>(), result = square<n>(), next = 0U]() mutable {
             invert(all[next++ % 256], result);
         };
     });
 }
 
+template <int n>
 void add_inverses()
 {
-    add_inverse("libzel", [](Eigen::Matrix4f& S, Eigen::Matrix4f& inverse) {
+    add_inverse<n>("libzel", [](square<n>& S, square<n>& inverse) {
         zel_mat_t src, dst;
-        zel_mat_initheader(&src, 4, 4, ZEL_F32, S.data());
-        zel_mat_initheader(&dst, 4, 4, ZEL_F32, inverse.data());
+        zel_mat_initheader(&src, n, n, ZEL_F32, S.data());
+        zel_mat_initheader(&dst, n, n, ZEL_F32, inverse.data());
         zel_mat_inv(&src, &dst);
     });
-    add_inverse("plain loops", [n = 4](const Eigen::Matrix4f& S, Eigen::Matrix4f& inverse) {
-        plain_inverse(n, S.data(), inverse.data());
+    add_inverse<n>("plain loops", [rows = n](const square<n>& S, square<n>& inverse) {
+        plain_inverse(rows, S.data(), inverse.data());
     });
-    add_inverse("Eigen fixed", [](Eigen::Matrix4f& S, Eigen::Matrix4f& inverse) { inverse = S.inverse(); });
+    add_inverse<n>("Eigen fixed", [](square<n>& S, square<n>& inverse) { inverse = S.inverse(); });
 }
 
 }  // namespace
@@ -209,7 +215,15 @@ void add_matrices()
     add_products();
     add_transposes();
     add_elementwise_all();
-    add_inverses();
+    add_inverses<1>();
+    add_inverses<2>();
+    add_inverses<3>();
+    add_inverses<4>();
+    add_inverses<5>();
+    add_inverses<6>();
+    add_inverses<7>();
+    add_inverses<8>();
+    add_inverses<16>();
 }
 
 }  // namespace bench

@@ -40,14 +40,43 @@ constexpr float model_R[16] = {
     0, 0, 0, 1,  //
 };
 
-// What is measured at the given step: a box that runs to and fro.
-inline void measure_box(int step, float (&box)[4])
+// The matrices of a filter of ns states and nm measurements, row by row. Other sizes than 8 and 4 are nm positions with
+// as many speeds, accelerations and so on as there are states: each goes on by the one nm places behind it.
+struct model {
+    float A[32 * 32];
+    float H[32 * 32];
+    float Q[32 * 32];
+    float R[32 * 32];
+};
+
+inline model model_of(int ns, int nm)
+{
+    model m = {};
+    for (int i = 0; i < ns; ++i) {
+        m.A[i * ns + i] = 1;
+        m.Q[i * ns + i] = q;
+        if (i + nm < ns)
+            m.A[i * ns + i + nm] = 1;
+    }
+    for (int i = 0; i < nm; ++i) {
+        m.H[i * ns + i] = 1;
+        m.R[i * nm + i] = 1;
+    }
+    if (ns == 8 && nm == 4) {
+        for (int t = 0; t < 64; ++t)
+            m.A[t] = model_A[t];
+        for (int t = 0; t < 32; ++t)
+            m.H[t] = model_H[t];
+    }
+    return m;
+}
+
+// What is measured at the given step: a box of constant size that runs to and fro.
+inline void measure(int step, int nm, float* z)
 {
     const auto x = static_cast<float>(step & 31);
-    box[0] = x;
-    box[1] = 0.5F * x;
-    box[2] = 20;
-    box[3] = 40;
+    for (int i = 0; i < nm; ++i)
+        z[i] = i % 4 == 0 ? x : i % 4 == 1 ? 0.5F * x : static_cast<float>(10 * (i % 4));
 }
 
 }  // namespace bench

@@ -44,7 +44,7 @@ void add_filters(int count)
             filters.push_back(filter_of_model());
         return [filters, next = std::size_t{0}, step = 0]() mutable {
             float box[4];
-            measure_box(step++, box);
+            measure(step++, 4, box);
             filters[next].predict();
             filters[next].correct(cv::Mat(4, 1, CV_32F, box));
             next = next + 1 < filters.size() ? next + 1 : 0;
@@ -88,7 +88,7 @@ void add_opencv()
     add_elementwise("d = a - b", [](const M& a, const M& b, M& d) { cv::subtract(a, b, d); });
     add_elementwise("d = 3 a", [](const M& a, const M&, M& d) { a.convertTo(d, CV_32F, 3); });
     add_elementwise("d = -a", [](const M& a, const M&, M& d) { a.convertTo(d, CV_32F, -1); });
-    add_operation("inverse of 4 x 4 f32", "", 4, [](const M& a, const M&, M& d) { cv::invert(a, d); });
+    add_operation("inverse of n x n f32", "n = 4", 4, [](const M& a, const M&, M& d) { cv::invert(a, d); });
 }
 
 }  // namespace bench

@@ -14,7 +14,8 @@
 #include <type_traits>
 
 #include "zel_contract.h"
-#include "zel_matrix_f32.h"
+#include "zel_inverse.h"
+#include "zel_product.h"
 
 static_assert(sizeof(zel_mat_t) % 8 == 0, "data right after a header must be aligned for every depth");
 
@@ -187,7 +188,7 @@ static void fill_diagonal(zel_mat_t* mat, F next)
             *d = i == j ? next() : T(0);
 }
 
-void zel_mat_setidentity(zel_mat_t* mat)
+[[gnu::noinline]] void zel_mat_setidentity(zel_mat_t* mat)  // which products start from, too
 {
     assert(mat && is_sound(mat));
     by_depth(mat->type, [=](auto zero) {
@@ -313,22 +314,45 @@ static inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
         memcpy(d, s, bytes);
 }
 
-// Scalars are moved as bytes. In square blocks, one cache line of the destination wide: row by row, each store goes to
-// another line, which takes 7 times as long for 512 x 512 scalars of 4 bytes.
-template <size_t bytes>
+// A whole block of one channel, in squares that are transposed in registers. Integers, whose bits nothing changes.
+template <typename T, size_t block>
+static void transpose_block(u08_t* d, const u08_t* s, size_t rows, size_t cols)
+{
+    constexpr int m = narrow<T>;
+    for (size_t j = 0; j < block; j += m)
+        for (size_t i = 0; i < block; i += m) {
+            const u08_t* from = s + (i * cols + j) * sizeof(T);
+            u08_t* to = d + (j * rows + i) * sizeof(T);
+            vec<T, m> square[m];
+            unroll<m>([&](auto r) { memcpy(&square[r], from + r * cols * sizeof(T), 16); });
+            transpose<T, m>(square);
+            unroll<m>([&](auto r) { memcpy(to + r * rows * sizeof(T), &square[r], 16); });
+        }
+}
+
+// Scalars are moved as integers of their size, whatever they mean. In square blocks of one cache line of the destination:
+// row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7 times as long.
+template <typename T>
 static void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
 {
+    constexpr size_t bytes = sizeof(T);
     constexpr size_t block = 64 / bytes;
     const size_t rows = static_cast<size_t>(src->rows);
     const size_t cols = static_cast<size_t>(src->cols);
     const size_t cn = count_channels(src);
-    const u08_t* s = src->data.p;
-    u08_t* d = dst->data.p;
     for (size_t i0 = 0; i0 < rows; i0 += block)
-        for (size_t j0 = 0; j0 < cols; j0 += block)
-            for (size_t j = j0; j < smaller(j0 + block, cols); ++j)
-                for (size_t i = i0; i < smaller(i0 + block, rows); ++i)
+        for (size_t j0 = 0; j0 < cols; j0 += block) {
+            const u08_t* s = src->data.p + (i0 * cols + j0) * cn * bytes;
+            u08_t* d = dst->data.p + (j0 * rows + i0) * cn * bytes;
+            if constexpr (bytes == 4)
+                if (cn == 1 && i0 + block <= rows && j0 + block <= cols) {
+                    transpose_block<T, block>(d, s, rows, cols);
+                    continue;
+                }
+            for (size_t j = 0; j < smaller(block, cols - j0); ++j)
+                for (size_t i = 0; i < smaller(block, rows - i0); ++i)
                     copy_element<bytes>(d + (j * rows + i) * cn * bytes, s + (i * cols + j) * cn * bytes, cn);
+        }
 }
 
 void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst)
@@ -339,13 +363,13 @@ void zel_mat_transpose(zel_mat_t* src, zel_mat_t* dst)
     assert(is_factor(src, dst) && is_sound(dst));
     switch (ZEL_ELEM_SIZE(src->type)) {
     case 1:
-        return transpose_elements<1>(src, dst);
+        return transpose_elements<u08_t>(src, dst);
     case 2:
-        return transpose_elements<2>(src, dst);
+        return transpose_elements<u16_t>(src, dst);
     case 4:
-        return transpose_elements<4>(src, dst);
+        return transpose_elements<u32_t>(src, dst);
     default:
-        return transpose_elements<8>(src, dst);
+        return transpose_elements<u64_t>(src, dst);
     }
 }
 
@@ -412,15 +436,15 @@ static void add_row(T* __restrict d, T factor, const T* __restrict b, int cols)
         d[j] = multiply_add(d[j], factor, b[j]);
 }
 
-// d +-= a * b. Rows of d gain multiples of the rows of b. A negated factor subtracts exactly, wrapping or fused, so
-// that sums and differences are one loop.
+// d +-= a * b. Rows of d gain multiples of the rows of b. A negated factor subtracts exactly, so that sums and
+// differences are one loop.
 template <typename T>
-static void accumulate_rows(const T* a, strides at, const T* b, T* d, int rows, int inner, int cols, sign s)
+static void accumulate_rows(const T* a, strides at, const T* b, T* d, int rows, int inner, int cols, bool minus)
 {
     for (ptrdiff_t i = 0; i < rows; ++i, d += cols)
         for (ptrdiff_t k = 0; k < inner; ++k) {
-            const T factor = a[i * at.row + k * at.inner];
-            add_row(d, s == sign::plus ? factor : negated(factor), b + k * cols, cols);
+            const T factor = a[i * at.row + k * at.col];
+            add_row(d, minus ? negated(factor) : factor, b + k * cols, cols);
         }
 }
 
@@ -437,49 +461,62 @@ static void accumulate_dots(const T* a, const T* b, T* d, int rows, int inner, i
         }
 }
 
-// d +-= a * b in any depth but single precision, which has kernels of its own.
-static void accumulate(const zel_mat_t* a, const zel_mat_t* b, zel_mat_t* d, int inner, turned t, sign s)
-{
-    by_depth(d->type, [=](auto zero) {
-        using T = decltype(zero);
-        const strides at = t == turned::first ? strides{1, d->rows} : strides{inner, 1};
-        if constexpr (std::is_same<T, f32_t>::value)
-            return;
-        else if (t == turned::second)
-            accumulate_dots(scalars<T>(a), scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols);
-        else
-            accumulate_rows(scalars<T>(a), at, scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols, s);
-    });
-}
-
 // What the sums start from, laid into d.
-static void lay_start(from_nothing, const zel_mat_t*, zel_mat_t* d, int inner)
+static void lay_start(start from, const zel_mat_t* c, zel_mat_t* d)
 {
-    zel_mat_setzero(d);
-    if (inner > 0)
-        zel_mat_neg(d, d);  // -0.0, where there is one, leaves a first term of -0.0 as it is
-}
-static void lay_start(from_identity, const zel_mat_t*, zel_mat_t* d, int)
-{
-    zel_mat_setidentity(d);
-}
-static void lay_start(from_matrix, const zel_mat_t* c, zel_mat_t* d, int)
-{
-    if (!is_empty(d))
+    if (from == start::identity)
+        zel_mat_setidentity(d);
+    else if (from == start::nothing)
+        zel_mat_setzero(d);
+    else if (!is_empty(d))
         memmove(d->data.p, c->data.p, count_bytes(d));  // the two may be one matrix
 }
 
-template <turned t, sign s, typename Start>
-[[gnu::noinline]] static void multiply_any(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d,
-                                           int inner)
+// The same for all depths, or for floats alone: integers have the start laid into d, and terms added to it.
+template <typename T>
+[[gnu::always_inline]] static inline void multiply_depth(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c,
+                                                         zel_mat_t* d, int inner, turned t, bool minus, start from)
 {
-    lay_start(Start{nullptr, 0}, c, d, inner);  // an empty one, to pick the start by its type
-    accumulate(a, b, d, inner, t, s);
+    const strides at = t == turned::first ? strides{1, d->rows} : strides{inner, 1};
+    const strides bt = t == turned::second ? strides{1, inner} : strides{d->cols, 1};
+    if constexpr (std::is_floating_point<T>::value) {
+        const bool column = d->cols == 1;  // whose transpose is a row
+        const product<T> p = {scalars<T>(column ? b : a),
+                              scalars<T>(column ? a : b),
+                              c ? scalars<T>(c) : nullptr,
+                              scalars<T>(d),
+                              column ? strides{bt.col, bt.row} : at,
+                              column ? strides{at.col, at.row} : bt,
+                              column ? 1 : d->rows,
+                              inner,
+                              column ? d->rows : d->cols,
+                              from,
+                              minus,
+                              0};
+        multiply_floats(p);
+    } else {
+        lay_start(from, c, d);
+        if (t == turned::second)
+            accumulate_dots(scalars<T>(a), scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols);
+        else
+            accumulate_rows(scalars<T>(a), at, scalars<T>(b), scalars<T>(d), d->rows, inner, d->cols, minus);
+    }
 }
 
-// d = start +- a * b for operands of one type. c is what from_matrix starts from; Known are the single-precision sizes
-// that have kernels of their own.
-template <turned t, sign s, typename Start, typename... Known>
+[[gnu::noinline]] static void multiply_any_depth(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c,
+                                                 zel_mat_t* d, int inner, turned t, bool minus, start from)
+{
+    by_depth(d->type, [=](auto zero) { multiply_depth<decltype(zero)>(a, b, c, d, inner, t, minus, from); });
+}
+
+// Sizes in one number; 0 if one of them is negative or above 15.
+static constexpr int code_of(int rows, int inner, int cols)
+{
+    return ((rows | inner | cols) & ~15) == 0 ? rows << 8 | inner << 4 | cols : 0;
+}
+
+// d = start +- a * b for operands of one type.
+template <turned t, bool minus, start from, typename... Known>
 static inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d)
 {
     const int rows = t == turned::first ? a->cols : a->rows;
@@ -487,13 +524,21 @@ static inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_ma
     const int inner = t == turned::first ? a->rows : a->cols;
     if (inner != (t == turned::second ? b->cols : b->rows) || !has_shape(d, rows, cols))
         return;
-    if (std::is_same<Start, from_matrix>::value && !has_shape(c, rows, cols))
+    if (from == start::matrix && !has_shape(c, rows, cols))
         return;
     assert(is_factor(a, d) && is_factor(b, d) && (!c || is_term(c, d)) && is_sound(d));
-    if (ZEL_MAT_DEPTH(d->type) == ZEL_F32 && inner > 0)
-        return multiply_f32<t, s, Start, Known...>(a->data.f, b->data.f, c ? c->data.f : nullptr, d->data.f, rows,
-                                                   inner, cols);
-    multiply_any<t, s, Start>(a, b, c, d, inner);
+    if (ZEL_MAT_DEPTH(d->type) == ZEL_F32) {
+        [[maybe_unused]] const int code = code_of(rows, inner, cols);
+        if (((code == Known::code &&
+              (Known::template run<minus, from, t>(a->data.f, b->data.f, c ? c->data.f : nullptr, d->data.f), true)) ||
+             ...))
+            return;
+        if (rows > 0 && cols > 0)
+            multiply_depth<f32_t>(a, b, c, d, inner, t, minus, from);
+        return;
+    }
+    if (rows > 0 && cols > 0)
+        multiply_any_depth(a, b, c, d, inner, t, minus, from);
 }
 
 static inline bool is_single_channel(const zel_mat_t* mat)
@@ -510,12 +555,12 @@ void zel_mat_mul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst, int flags)
         return;
     // the sizes: A P' and (I - K H) P', P H', (P H') (S^-1)'; A x
     if (flags & ZEL_MAT_TRANS_SRC1)
-        multiply<turned::first, sign::plus, from_nothing>(src1, src2, nullptr, dst);
+        multiply<turned::first, false, start::nothing>(src1, src2, nullptr, dst);
     else if (flags & ZEL_MAT_TRANS_SRC2)
-        multiply<turned::second, sign::plus, from_nothing, sizes<8, 8, 8>, sizes<8, 8, 4>, sizes<8, 4, 4>>(
-            src1, src2, nullptr, dst);
+        multiply<turned::second, false, start::nothing, sizes<8, 8, 8>, sizes<8, 8, 4>, sizes<8, 4, 4>>(src1, src2,
+                                                                                                        nullptr, dst);
     else
-        multiply<turned::none, sign::plus, from_nothing, sizes<8, 8, 1>>(src1, src2, nullptr, dst);
+        multiply<turned::none, false, start::nothing, sizes<8, 8, 1>>(src1, src2, nullptr, dst);
 }
 
 void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flags)
@@ -525,9 +570,9 @@ void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
         return;
     // the sizes: (A P') A' + Q; H (P H') + R, K y + x
     if (flags & ZEL_MAT_TRANS_SRC2)
-        multiply<turned::second, sign::plus, from_matrix, sizes<8, 8, 8>>(src1, src2, src3, dst);
+        multiply<turned::second, false, start::matrix, sizes<8, 8, 8>>(src1, src2, src3, dst);
     else
-        multiply<turned::none, sign::plus, from_matrix, sizes<4, 8, 4>, sizes<8, 4, 1>>(src1, src2, src3, dst);
+        multiply<turned::none, false, start::matrix, sizes<4, 8, 4>, sizes<8, 4, 1>>(src1, src2, src3, dst);
 }
 
 void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flag)
@@ -538,9 +583,9 @@ void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
         return;
     // the sizes: I - K H; z - H x
     if (flag & ZEL_MAT_FROM_IDENTITY)
-        multiply<turned::none, sign::minus, from_identity, sizes<8, 4, 8>>(src2, src3, nullptr, dst);
+        multiply<turned::none, true, start::identity, sizes<8, 4, 8>>(src2, src3, nullptr, dst);
     else
-        multiply<turned::none, sign::minus, from_matrix, sizes<4, 8, 1>>(src2, src3, src1, dst);
+        multiply<turned::none, true, start::matrix, sizes<4, 8, 1>>(src2, src3, src1, dst);
 }
 
 // --- inverse ---------------------------------------------------------------------------------------------------------
@@ -559,8 +604,8 @@ static int _matinv_nxn(int n, float* A, float* inv)
     const size_t row = sizeof(float) * static_cast<size_t>(n > 0 ? n : 0);
     for (int i = 0; i < n; ++i) {
         memcpy(W[i], A + i * n, row);
-        for (int j = n; j < n2; ++j)
-            W[i][j] = j == n + i ? 1.0F : 0.0F;
+        memset(W[i] + n, 0, row);
+        W[i][n + i] = 1.0F;
     }
 
     for (int i = 0; i < n; ++i) {
@@ -573,22 +618,15 @@ static int _matinv_nxn(int n, float* A, float* inv)
             memcpy(W[i] + i, W[k] + i, rest);
             memcpy(W[k] + i, tmp, rest);
         }
-        for (int j = 0; j < n; ++j) {
-            if (j == i)
-                continue;
-            const double ratio = static_cast<double>(W[j][i]) / static_cast<double>(W[i][i]);
-            for (int k = 0; k < n2; ++k)
-                W[j][k] = static_cast<float>(static_cast<double>(W[j][k]) - ratio * static_cast<double>(W[i][k]));
-        }
+        for (int j = 0; j < n; ++j)
+            if (j != i)
+                subtract_row(W[j], static_cast<double>(W[j][i]) / static_cast<double>(W[i][i]), W[i], n2);
     }
 
     for (int i = 0; i < n; ++i) {
-        const double a = 1.0 / static_cast<double>(W[i][i]);
-        for (int j = 0; j < n2; ++j)
-            W[i][j] = static_cast<float>(static_cast<double>(W[i][j]) * a);
-    }
-    for (int i = 0; i < n; ++i)
+        scale_row(W[i] + n, 1.0 / static_cast<double>(W[i][i]), n);
         memcpy(inv + i * n, W[i] + n, row);
+    }
     return 0;
 }
 
@@ -603,7 +641,7 @@ int zel_mat_inv(zel_mat_t* src, zel_mat_t* dst)
         return -1;
     assert(is_term(src, dst) && is_sound(dst));
     const exclusive_call alone(inverting);
-    if (src->rows == 4 && invert_4x4(src->data.f, dst->data.f))
+    if (invert_small(src->rows, src->data.f, dst->data.f))
         return 0;
     return _matinv_nxn(src->rows, src->data.f, dst->data.f);
 }
