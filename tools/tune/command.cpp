@@ -133,7 +133,7 @@ static std::vector<std::string> view_commands(const std::vector<subject>& subjec
     std::vector<std::string> shared;
     for (const setting* options : {&of.trials.fixed, &of.found.ranking[0].of->chosen})
         for (const auto& [name, value] : *options)
-            shared.push_back("--" + name + '=' + value);
+            shared.push_back(std::string("--").append(name).append("=").append(value));
     if (!config.empty() && config != "-")
         shared = {"--config", config};
     std::vector<std::string> commands;
@@ -141,6 +141,7 @@ static std::vector<std::string> view_commands(const std::vector<subject>& subjec
         std::vector<std::string> words = {"zeltrack", "view", it.detections, "--gt", it.truth, "-o", it.name + ".html"};
         words.insert(words.end(), shared.begin(), shared.end());
         std::vector<const char*> pointers;
+        pointers.reserve(words.size());
         for (const std::string& word : words)
             pointers.push_back(word.c_str());
         commands.push_back(shell_line(static_cast<int>(pointers.size()), pointers.data()));

@@ -44,7 +44,7 @@ std::string read_objective(const std::string& text, objective& result)
     result = {text, {}};
     for (std::size_t at = 0;;) {
         const std::size_t end = std::min(text.find_first_of("+-", at + 1), text.size());
-        const std::string wrong = read_term(text.substr(at, end - at), result);
+        std::string wrong = read_term(text.substr(at, end - at), result);
         if (!wrong.empty() || end == text.size())
             return wrong;
         at = end;

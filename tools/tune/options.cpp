@@ -36,7 +36,7 @@ static std::string read_fixed(const std::string& text, setting& fixed)
 static std::string add_parameter(const std::string& text, std::vector<parameter>& parameters)
 {
     parameter added;
-    const std::string wrong = read_parameter(text, added);
+    std::string wrong = read_parameter(text, added);
     if (!wrong.empty())
         return wrong;
     for (const parameter& it : parameters)
