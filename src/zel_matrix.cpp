@@ -461,12 +461,12 @@ static void accumulate_dots(const T* a, const T* b, T* d, int rows, int inner, i
         }
 }
 
-// What the sums start from, laid into d.
+// What the sums start from, laid into d; c is null where that is nothing.
 static void lay_start(start from, const zel_mat_t* c, zel_mat_t* d)
 {
     if (from == start::identity)
         zel_mat_setidentity(d);
-    else if (from == start::nothing)
+    else if (!c)
         zel_mat_setzero(d);
     else if (!is_empty(d))
         memmove(d->data.p, c->data.p, count_bytes(d));  // the two may be one matrix
