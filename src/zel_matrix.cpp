@@ -70,7 +70,7 @@ static inline void by_depth(int type, F f)
 template <typename T>
 static inline T* scalars(const zel_mat_t* mat)
 {
-    return reinterpret_cast<T*>(mat->data.p);
+    return static_cast<T*>(static_cast<void*>(mat->data.p));
 }
 
 // --- shapes ----------------------------------------------------------------------------------------------------------

@@ -211,9 +211,10 @@ inline void multiply_block(const T* a, strides at, vector_rows<T> b, K inner, st
     } else {
         repeat(inner, add_one);
     }
+    T* out = d;
     unroll<R>([&](auto r) {
-        unroll<n>([&](auto v) { store<w>(d + offset(v, last), sum[r][v]); });
-        d += pitch;
+        unroll<n>([&](auto v) { store<w>(out + offset(v, last), sum[r][v]); });
+        out += pitch;
     });
 }
 

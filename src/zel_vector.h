@@ -190,12 +190,12 @@ inline void transpose(vec<T, w>* r)
 template <int w, typename T>
 inline vec<T, w> load_halves(const T* low, [[maybe_unused]] const T* high)
 {
-    if constexpr (w == narrow<T>)
-        return load<w>(low);
 #if defined(__AVX__)
-    else
+    if constexpr (w > narrow<T>)
         return (vec<T, w>)_mm256_set_m128((__m128)load<narrow<T>>(high), (__m128)load<narrow<T>>(low));
+    else
 #endif
+        return load<w>(low);
 }
 
 }  // namespace
