@@ -14,6 +14,7 @@
 #include "libzel.h"
 #include "zel_contract.h"
 #include "zel_kalman.cpp"
+#include "zel_vector.h"
 
 // --- the motion model ------------------------------------------------------------------------------------------------
 
@@ -220,24 +221,17 @@ struct track_block {
     int count;
 };
 
-typedef float float4 __attribute__((vector_size(16)));
-typedef int int4 __attribute__((vector_size(16)));
-
 // The squared distances of a group of centres, and whether any is below mind. No other place computes one: the compiler
 // might fuse one formula and not the other, and equal distances would differ.
 static bool any_nearer(const float* x, const float* y, const det_obj_t* det, float mind, float* d)
 {
-    int4 nearer = {};
+    vec<s32_t, 4> nearer = {};
     for (int l = 0; l < group_size; l += 4) {
-        float4 px;
-        float4 py;
-        memcpy(&px, x + l, sizeof(px));
-        memcpy(&py, y + l, sizeof(py));
-        const float4 dx = px - det->x;
-        const float4 dy = py - det->y;
-        const float4 distance = dx * dx + dy * dy;
+        const vec<f32_t, 4> dx = load<4>(x + l) - det->x;
+        const vec<f32_t, 4> dy = load<4>(y + l) - det->y;
+        const vec<f32_t, 4> distance = dx * dx + dy * dy;
         nearer |= distance < mind;
-        memcpy(d + l, &distance, sizeof(distance));
+        store<4>(d + l, distance);
     }
     s64_t halves[2];
     memcpy(halves, &nearer, sizeof(nearer));
