@@ -16,6 +16,7 @@
 //   1                           as its transpose, which is one row
 //   up to 4                     4 rows x 4, padded if they are less
 //   up to two narrow vectors    4 rows x 2 vectors         4 rows x 2 vectors         4 rows x 2 vectors
+//   one wide vector             8 rows x 1 wide one
 //   more                        3 rows x 3 wide ones       3 rows x 3 vectors         4 rows x 2 vectors
 //   (f64 on others: 4 rows x 4 columns throughout)
 //
@@ -222,7 +223,7 @@ inline void multiply_block(const T* a, strides at, vector_rows<T> b, K inner, st
 template <int n, int w, typename T, typename M, typename K, typename N>
 inline void multiply_columns(const product<T, M, K, N>& p, int j)
 {
-    constexpr int R = n == 3 ? 3 : 4;
+    constexpr int R = n == 3 ? 3 : n == 1 && w > narrow<T> ? 8 : 4;
     const strides at = p.inner > 0 ? p.at : strides{};  // a factor without terms may have no data
     const M rows = p.rows;
     const K inner = p.inner;
@@ -261,6 +262,8 @@ inline void multiply_columns(const product<T, M, K, N>& p, int j)
         from.row += r * from.pitch;
     };
     repeat(quotient<R>(rows), [&](int) { block(size<R>()); });
+    if (R > 4 && remainder<R>(rows) & 4)
+        block(size<4>());
     if (remainder<R>(rows) & 2)
         block(size<2>());
     if (remainder<R>(rows) & 1)
