@@ -102,11 +102,12 @@ void create(host& h, FuzzedDataProvider& in)
         h.tracker.reset();
 }
 
-void process(host& h, FuzzedDataProvider& in, std::vector<output_row>& result)
+void process(tracked& tracker, const std::vector<input_row>& input, FuzzedDataProvider& in,
+             std::vector<output_row>& result)
 {
     if (in.ConsumeIntegralInRange(0, 7) == 0)
         allocations::granted = in.ConsumeIntegralInRange(0, 5);
-    const auto rows = h.tracker->frame(h.rows, in.ConsumeIntegralInRange(0, 15) != 0);
+    const auto rows = tracker.frame(input, in.ConsumeIntegralInRange(0, 15) != 0);
     allocations::granted = allocations::unlimited;
     result.insert(result.end(), rows.begin(), rows.end());
 }
@@ -139,7 +140,7 @@ void step(host& h, FuzzedDataProvider& in, std::vector<output_row>& result)
     default:
         h.rows = moved_rows(h.rows, in);
     }
-    process(h, in, result);
+    process(*h.tracker, h.rows, in, result);
 }
 
 std::vector<output_row> run(const std::uint8_t* data, std::size_t size)

@@ -112,6 +112,7 @@ static void read_figures(const json& from, trial_set& set, trial& it)
         if (!from.contains(name))
             throw failure("expected the sequence " + printable(name) + " as in the trials before");
         std::vector<double> figures;
+        figures.reserve(set.figures.size());
         for (const std::string& figure : set.figures)
             figures.push_back(from.at(name).at(figure).get<double>());
         it.figures.push_back(figures);

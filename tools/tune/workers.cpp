@@ -205,6 +205,7 @@ void worker_pool::run(const std::vector<std::string>& requests,
         if (open == 0 && given == requests.size())
             return;
         std::vector<pollfd> waiting;
+        waiting.reserve(workers_.size());
         for (const worker& it : workers_)
             waiting.push_back({it.busy ? it.from : -1, POLLIN, 0});
         if (poll(waiting.data(), waiting.size(), poll_milliseconds) <= 0)

@@ -18,6 +18,7 @@ namespace zeltrack {
 static std::vector<score_row> rows_of(const true_boxes& truth)
 {
     std::vector<score_row> rows;
+    rows.reserve(truth.counted.size() + truth.others.size());
     for (const mot_row& row : truth.counted)
         rows.push_back(to_score(row));
     int id = INT_MIN;  // far from those in files, and never shown
