@@ -1,8 +1,8 @@
 # shellcheck shell=sh
 # SPDX-License-Identifier: MIT
 #
-# Sourced by what runs other scripts one after another. A step that fails stops none of the others; finish_steps says how
-# each of them went and how long it took: by the clock, and of all processors together.
+# Sourced by what runs other scripts one after another. A step that fails stops none of the others; finish_steps says
+# how each of them went and how long it took: by the clock, and of all processors together.
 
 steps_wanted=  # names; all if there are none
 steps_passed=0
