@@ -51,7 +51,7 @@ static void dispatch(int argc, char** argv)
         return it->run(line);
     }
     if (name == "-h" || name == "--help")
-        print(help());
+        print(filled(help()));
     else if (name == "--version")
         print("zeltrack " ZELTRACK_VERSION "\n");
     else

@@ -15,6 +15,8 @@
 namespace zeltrack {
 
 static constexpr std::size_t longest_message = 200;  // an argument may have any length
+static constexpr std::size_t help_width = 80;
+static constexpr std::size_t description_column = 24;
 
 struct command_line::parts {
     CLI::App app;
@@ -31,7 +33,7 @@ void option::required() const
 command_line::command_line(const subcommand& chosen, int argc, const char* const* argv)
     : parts_(new parts{CLI::App(chosen.description, std::string("zeltrack ") + chosen.name), chosen.name, argc, argv})
 {
-    parts_->app.get_formatter()->column_width(24);
+    parts_->app.get_formatter()->column_width(description_column);
     parts_->app.footer(std::string(chosen.notes) + exit_status_help);
 }
 
@@ -189,7 +191,7 @@ bool command_line::parse()
         parts_->app.parse(parts_->argc, parts_->argv);
         return true;
     } catch (const CLI::CallForHelp&) {
-        print(parts_->app.help());
+        print(filled(parts_->app.help()));
         return false;
     } catch (const CLI::Error& error) {
         throw failure(message_of(error, parts_->app) + " (see zeltrack " + parts_->name + " --help)", exit_usage);
@@ -206,6 +208,24 @@ void print(const std::string& text)
     std::cout << text << std::flush;
     if (!std::cout)
         throw failure("standard output cannot be written");
+}
+
+std::string filled(const std::string& help)
+{
+    std::istringstream lines(help);
+    std::string result;
+    for (std::string line; std::getline(lines, line);) {
+        const std::string indent(line[0] == ' ' ? description_column : 0, ' ');
+        while (line.size() > help_width) {
+            const std::size_t space = line.rfind(' ', help_width);
+            if (space == std::string::npos || space <= indent.size())
+                break;
+            result.append(line, 0, space) += '\n';
+            line = indent + line.substr(space + 1);
+        }
+        result += line + '\n';
+    }
+    return result;
 }
 
 static bool is_plain(char c)

@@ -46,7 +46,7 @@ private:
 };
 
 // Names are "-s,--stable" or "--stable"; without dashes the option is a positional argument. `unit` stands for the
-// value in the help text, whose lines have about 60 characters.
+// value in the help text, which is one line, whatever its length.
 class command_line {
 public:
     // argv[0] is the subcommand's name.
@@ -58,7 +58,8 @@ public:
     void flag(const std::string& names, bool& value, const std::string& help);
     option text(const std::string& names, const std::string& unit, std::string& value, const std::string& help);
 
-    // One value each time the option is given; all that follow, up to the next option, if it is positional or so wanted.
+    // One value each time the option is given; all that follow, up to the next option, if it is positional or so
+    // wanted.
     option texts(const std::string& names, const std::string& unit, std::vector<std::string>& values,
                  const std::string& help, bool all_that_follow = false);
 
@@ -133,12 +134,12 @@ private:
         return parse_number(found, allowed, value) ? "" : expected("a number from " + to_text(allowed), found);
     }
 
-    // "HELP; LOW to HIGH (default VALUE)"; a line break at the end of the help stays one. All numbers are no range.
+    // "HELP; LOW to HIGH (default VALUE)". All numbers are no range.
     template <typename T>
     static std::string with_range(const std::string& help, const range<T>& allowed, const std::string& value)
     {
         const bool all = static_cast<double>(allowed.high) >= std::numeric_limits<float>::max();
-        const std::string shown = all ? "" : (help.back() == '\n' ? "" : "; ") + to_text(allowed);
+        const std::string shown = all ? "" : "; " + to_text(allowed);
         return help + shown + " (default" + value + ')';
     }
 
@@ -148,6 +149,10 @@ private:
 
 // Text that was asked for, such as a list of commands, on standard output.
 void print(const std::string& text);
+
+// Help, with lines of more than 80 characters broken at spaces. What goes on after an indented line begins in the
+// column of the descriptions.
+std::string filled(const std::string& help);
 
 // The words of a command in the form that a shell reads them.
 std::string shell_line(int count, const char* const* words);

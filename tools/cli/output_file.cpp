@@ -25,7 +25,7 @@
 
 namespace zeltrack {
 
-const char no_sync_help[] = "do not wait until the result is on the disk; a power cut may\nthen leave an empty file";
+const char no_sync_help[] = "do not wait until the result is on the disk; a power cut may then leave an empty file";
 
 // --- removal on a signal ---------------------------------------------------------------------------------------------
 

@@ -37,24 +37,24 @@ struct eval_options {
 static void declare_options(command_line& line, eval_options& options)
 {
     line.text("GT", "", options.truth,
-              "file of true boxes, frame,id,left,top,width,height,counts[,class,...],\n"
+              "file of true boxes, frame,id,left,top,width,height,counts[,class,...], "
               "or a folder of SEQ.txt, SEQ/gt.txt or SEQ/gt/gt.txt")
         .required();
     line.texts("TRACKS", "", options.tracks,
-               "file of tracks, or a folder of SEQ.txt; several are compared,\nand the best value of each is marked")
+               "file of tracks, or a folder of SEQ.txt; several are compared, and the best value of each is marked")
         .required();
     declare_rules(line, options.rules);
     read_columns(default_columns, options.columns);
     line.custom(
         "--columns", "NAMES", [&options](const std::string& text) { return read_columns(text, options.columns); },
-        "figures to show, divided by commas: those of --format json, and\nTP, FP, FN, ids (default " +
+        "figures to show, divided by commas: those of --format json, and TP, FP, FN, ids (default " +
             std::string(default_columns) + ")");
     line.choice("--format", options.format,
                 {{"table", report_format::table},
                  {"csv", report_format::csv},
                  {"json", report_format::json},
                  {"markdown", report_format::markdown}},
-                "of the report; csv and json have ratios from 0 to 1 with all\ndigits, json has every figure");
+                "of the report; csv and json have ratios from 0 to 1 with all digits, json has every figure");
     line.text("--switches", "FILE", options.switches, "write a row of CSV for each identity switch");
     line.text("--curve", "FILE", options.curve, "write HOTA at each threshold as CSV");
     line.number("--frame-base", "N", options.frame_base, {0, 1}, "number of the first frame, in all files");
@@ -96,6 +96,7 @@ static report score_all(const eval_options& options, const pairing& pairs)
     }
     for (std::size_t s = 0; s < pairs.trackers.size(); ++s) {
         std::vector<sequence_score> scores;
+        scores.reserve(result.sequences.size());
         for (const scored_sequence& sequence : result.sequences)
             scores.push_back(sequence.scores[s]);
         result.total.scores.push_back(combined(scores.data(), scores.size()));
@@ -153,8 +154,7 @@ const subcommand eval_command = {
     "eval",
     "say how good tracks are: HOTA, MOTA, IDF1 and all that belongs to them",
     "Compare tracks with ground truth, a file or a folder of sequences at a time, and print HOTA, CLEAR and Identity "
-    "figures\n"
-    "for each sequence and for all. Ratios are in percent.",
+    "figures for each sequence and for all. Ratios are in percent.",
     "The length of a sequence is that in its seqinfo.ini, else its last frame.\n",
     run,
 };

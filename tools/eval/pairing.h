@@ -33,8 +33,8 @@ enum class paired_kind { tracks, detections };
 pairing pair_files(const std::string& truth, const std::vector<std::string>& tracks,
                    paired_kind kind = paired_kind::tracks);
 
-// What has no partner is a failure unless it is to be left out, which a note on standard error tells; nothing that has one
-// is a failure, too. `other` is what the truth must have a partner in.
+// What has no partner is a failure unless it is to be left out, which a note on standard error tells; nothing that has
+// one is a failure, too. `other` is what the truth must have a partner in.
 void refuse_missing(const pairing& pairs, bool skip, bool quiet, const std::string& other);
 
 }  // namespace zeltrack

@@ -16,8 +16,8 @@ struct report_column {
     const figure* shown;
 };
 
-// By a figure's name, or TP, FP, FN and ids for those of CLEAR and the number of tracks. Null if there is none, of which
-// no_figure() is the message.
+// By a figure's name, or TP, FP, FN and ids for those of CLEAR and the number of tracks. Null if there is none, of
+// which no_figure() is the message.
 const figure* find_figure(const std::string& name);
 std::string no_figure(const std::string& wanted, const std::string& name);
 

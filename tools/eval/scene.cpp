@@ -56,8 +56,8 @@ std::optional<row_fault> prepared_truth::assign(const score_row* rows, std::size
 
 // --- frames and pairs ------------------------------------------------------------------------------------------------
 
-// An exact assignment of boxes that all overlap each other takes the square of their number in memory and the cube of it
-// in time. Crowds that can be told apart by eye have far fewer pairs.
+// An exact assignment of boxes that all overlap each other takes the square of their number in memory and the cube of
+// it in time. Crowds that can be told apart by eye have far fewer pairs.
 std::optional<row_fault> scene::find_pairs()
 {
     constexpr std::size_t always = 1000000;

@@ -15,8 +15,8 @@ void declare_rules(command_line& line, rules_choice& rules)
                  {"mot15", rules_choice::mot15},
                  {"mot17", rules_choice::mot17},
                  {"mot20", rules_choice::mot20}},
-                "which rows count: with mot15 all that GT marks; with\n"
-                "mot17 and mot20 only class 1 of it, and no track on a\n"
+                "which rows count: with mot15 all that GT marks; with "
+                "mot17 and mot20 only class 1 of it, and no track on a "
                 "distractor. auto is mot17 if GT has classes");
 }
 

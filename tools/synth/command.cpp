@@ -22,7 +22,7 @@ static std::string read_size(const std::string& text, synth_options& options)
 static void declare_options(command_line& line, synth_options& options)
 {
     line.number("--objects", "N", options.objects, {1, 100000},
-                "objects in view at any time; as one leaves, another enters.\n"
+                "objects in view at any time; as one leaves, another enters. "
                 "The more, the smaller and slower");
     line.number("--frames", "N", options.frames, {1, max_frame}, "frames of the sequence");
     line.custom(
@@ -30,12 +30,12 @@ static void declare_options(command_line& line, synth_options& options)
         "image size in pixels; each " + to_text(image_side) + " (default " + to_text(options.width) + 'x' +
             to_text(options.height) + ')');
     line.number("--pan", "PX", options.pan, {-1000, 1000},
-                "how far the camera moves to the right in a frame, in pixels;\n");
-    line.number("--miss", "P", options.miss, {0, 1}, "share of the objects that is not detected in a frame;\n");
+                "how far the camera moves to the right in a frame, in pixels");
+    line.number("--miss", "P", options.miss, {0, 1}, "share of the objects that is not detected in a frame");
     line.number("--noise", "PX", options.noise, {0, 1000},
-                "error of a detection's centre and height in pixels, as a\nstandard deviation");
+                "error of a detection's centre and height in pixels, as a standard deviation");
     line.number("--seed", "N", options.seed, {0, std::numeric_limits<std::uint64_t>::max()},
-                "start of the random numbers: the same options give the same\nrows on every machine;\n");
+                "start of the random numbers: the same options give the same rows on every machine");
 }
 
 static void append_rows(output_file& file, const std::vector<mot_row>& rows)
@@ -87,7 +87,7 @@ static void run(command_line& line)
 const subcommand synth_command = {
     "synth",
     "invent a sequence of detections, with ground truth if wanted",
-    "Write the detections of an invented sequence of boxes that cross, enter and leave an image, as lines\n"
+    "Write the detections of an invented sequence of boxes that cross, enter and leave an image, as lines "
     "frame,-1,left,top,width,height,conf,-1,-1,-1.",
     "",
     run,

@@ -26,11 +26,11 @@ struct recording_options {
 static void declare_recording(command_line& line, recording_options& options)
 {
     line.number("--stitch", "N", options.stitch, {0, max_frame},
-                "for recordings: let a track that begins up to N frames after\n"
-                "another one ended go on with its identifier, where it lies on\n"
-                "the other's way; 0 is none;\n");
+                "for recordings: let a track that begins up to N frames after "
+                "another one ended go on with its identifier, where it lies on "
+                "the other's way; 0 is none");
     line.flag("--backfill", options.backfill,
-              "for recordings: also write the frames of a track before it was\nconfirmed");
+              "for recordings: also write the frames of a track before it was confirmed");
 }
 
 static void append_rows(output_file& results, const std::vector<mot_row>& rows, int frame_base)
@@ -89,7 +89,7 @@ static void run(command_line& line)
     declare_options(line, options);
     declare_recording(line, recorded);
     line.text("-o,--output", "OUT", output,
-              "where to write the tracks; - is standard output, the default.\n"
+              "where to write the tracks; - is standard output, the default. "
               "A file appears when all of it is there");
     line.flag("--no-sync", no_sync, no_sync_help);
     if (!line.parse())
@@ -111,7 +111,7 @@ static void run(command_line& line)
 const subcommand track_command = {
     "track",
     "track a file of detections: numbered tracks come out",
-    "Track the detections of a MOTChallenge file and write the tracks, in the same layout, as lines\n"
+    "Track the detections of a MOTChallenge file and write the tracks, in the same layout, as lines "
     "frame,id,left,top,width,height,conf,-1,-1,-1 by frame. A summary goes to standard error.",
     "A track is reported from its --stable-th frame on, where a detection took part in it.\n",
     run,

@@ -8,7 +8,8 @@
 
 namespace zeltrack {
 
-// A factor of the automatic scale becomes a scale, and seconds become frames. Seconds without a frame rate are a failure.
+// A factor of the automatic scale becomes a scale, and seconds become frames. Seconds without a frame rate are a
+// failure.
 void settle(track_options& options, const sequence& input);
 
 }  // namespace zeltrack

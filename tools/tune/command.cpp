@@ -221,9 +221,7 @@ const subcommand tune_command = {
     "tune",
     "find the options of track that make the best tracks of your sequences",
     "Search the options of track on sequences whose ground truth is known, and tell what was found, what is left of "
-    "the "
-    "gain\n"
-    "on sequences that had no part in the choice, and how much of it is chance.",
+    "the gain on sequences that had no part in the choice, and how much of it is chance.",
     "Ctrl-C ends the search with what it has found.\n",
     run,
 };

@@ -49,9 +49,9 @@ static std::string add_parameter(const std::string& text, std::vector<parameter>
 static void declare_input(command_line& line, tune_options& options)
 {
     line.texts("DETECTIONS", "", options.detections,
-               "files of detections, or a folder of SEQ.txt, SEQ/det.txt or\nSEQ/det/det.txt");
+               "files of detections, or a folder of SEQ.txt, SEQ/det.txt or SEQ/det/det.txt");
     line.texts("--gt", "GT", options.truths,
-               "their ground truth, in the same order, or a folder of SEQ.txt,\nSEQ/gt.txt or SEQ/gt/gt.txt", true);
+               "their ground truth, in the same order, or a folder of SEQ.txt, SEQ/gt.txt or SEQ/gt/gt.txt", true);
     line.texts("--from", "FILE", options.from, "rank trials made elsewhere by --trials-out, without running any", true);
     declare_rules(line, options.rules);
     line.flag("--skip-missing", options.skip_missing, "leave out sequences without detections or ground truth");
@@ -62,7 +62,7 @@ static void declare_search(command_line& line, tune_options& options)
     read_objective("HOTA", options.maximize);
     line.custom(
         "--maximize", "SUM", [&options](const std::string& text) { return read_objective(text, options.maximize); },
-        "figure or weighted sum of figures to maximize, such as\nHOTA+IDF1 or MOTA-0.01*IDSW; ratios are in percent\n"
+        "figure or weighted sum of figures to maximize, such as HOTA+IDF1 or MOTA-0.01*IDSW; ratios are in percent "
         "(default HOTA)");
     line.several(
         "--param", "NAME=LOW:HIGH[:log]",
@@ -72,12 +72,12 @@ static void declare_search(command_line& line, tune_options& options)
         "--fix", "NAME=VALUE", [&options](const std::string& text) { return read_fixed(text, options.fixed); },
         "give an option of track this value, in all trials");
     line.texts("--group", "PATTERN", options.groups,
-               "sequences that count as one, and are held out together: those\nwhose names match, as in a shell");
+               "sequences that count as one, and are held out together: those whose names match, as in a shell");
     line.number("--trials", "N", options.run.trials, {1, 10000000},
                 "settings to try, before those that show the noise");
     line.custom(
         "--seed", "N|N:M", [&options](const std::string& text) { return read_seeds(text, options.run); },
-        "where the search begins; with two, one search from each after\nthe other (default 1)");
+        "where the search begins; with two, one search from each after the other (default 1)");
     options.run.jobs = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
     line.number("-j,--jobs", "N", options.run.jobs, {1, 4096}, "processes; they do not change the result",
                 "that of the processors");

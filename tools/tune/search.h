@@ -24,14 +24,15 @@ class search {
 public:
     search(std::vector<parameter> space, int trials, std::uint64_t seed);
 
-    // The next settings, the first of all being the defaults; none if the search is over. They may be tried in any order.
+    // The next settings, the first of all being the defaults; none if the search is over. They may be tried in any
+    // order.
     std::vector<setting> next();
 
     // How good those were, in their order; nothing for one that was lost.
     void tell(const std::vector<std::optional<double>>& objectives);
 
-    // The best of all; of equal ones that with the fewest options, and of these the first by name and value, as findings
-    // has it. Null if every trial was lost.
+    // The best of all; of equal ones that with the fewest options, and of these the first by name and value, as
+    // findings has it. Null if every trial was lost.
     const setting* best() const;
 
 private:

@@ -55,6 +55,7 @@ static std::vector<mot_row> load_tracks(const std::string& path, int frame_base)
 {
     std::vector<mot_row> tracks;
     const score_file file = load_track_rows(path, frame_base);
+    tracks.reserve(file.rows.size());
     for (const score_row& row : file.rows)
         tracks.push_back(to_mot(row));
     std::stable_sort(tracks.begin(), tracks.end(),
@@ -81,7 +82,7 @@ static void run(command_line& line)
     line.text("--gt", "FILE", truth, "ground truth with identifiers, to be shown beside the tracks");
     line.text("--compare", "FILE", compared, "tracks of any tracker, to be shown beside these");
     line.text("--images", "DIR", images,
-              "pictures, by name or in a folder img1, to be shown beneath;\nthe page refers to where they lie");
+              "pictures, by name or in a folder img1, to be shown beneath; the page refers to where they lie");
     line.custom(
         "--size", "WxH", [&options](const std::string& text) { return read_size(text, options); },
         "image size in pixels; without it that of a seqinfo.ini or of\nthe pictures");
@@ -122,7 +123,7 @@ static void run(command_line& line)
 const subcommand view_command = {
     "view",
     "track, and write a page that shows what the tracker did and why",
-    "Track the detections of a MOTChallenge file and write one HTML page that shows every frame, every track and the\n"
+    "Track the detections of a MOTChallenge file and write one HTML page that shows every frame, every track and the "
     "reason for every match. It opens from disk and needs no network.",
     "",
     run,
