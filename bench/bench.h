@@ -29,8 +29,8 @@ inline mat copy_of(const void* values, int rows, int cols, int type = ZEL_F32)
 // The name of a benchmark. Sections, lines and columns stand in the table in the order in which they are first named.
 std::string cell(const std::string& section, const std::string& line, const std::string& column);
 
-// Moves what is allocated after it. Where the heap puts the operands of a call of a few nanoseconds can double its time:
-// with other places in each repetition, the median owes nothing to a lucky or unlucky one.
+// Moves what is allocated after it. Where the heap puts the operands of a call of a few nanoseconds can double its
+// time: with other places in each repetition, the median owes nothing to a lucky or unlucky one.
 class heap_shift {
 public:
     heap_shift() : block_(std::malloc(static_cast<std::size_t>(std::rand() % 256) * 16)) {}
@@ -58,8 +58,8 @@ void measure(const std::string& name, F make)
     });
 }
 
-// The operands of the element-wise operations, 1 MiB each, are the same memory for every peer: its physical pages make a
-// larger difference than who works on them.
+// The operands of the element-wise operations, 1 MiB each, are the same memory for every peer: its physical pages make
+// a larger difference than who works on them.
 constexpr int elementwise_size = 512;
 constexpr const char* elementwise = "element-wise on 1 MiB of f32";
 float* const* elementwise_operands();

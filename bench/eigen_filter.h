@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The filter cycle in Eigen: as a user writes it, with sizes known to the compiler or not, and as an expert writes it.
-// Eigen's own product of small matrices packs its operands for a large one; an expert knows that lazyProduct() does not,
-// and names every intermediate result, which would otherwise be computed once for each element that reads it.
+// Eigen's own product of small matrices packs its operands for a large one; an expert knows that lazyProduct() does
+// not, and names every intermediate result, which would otherwise be computed once for each element that reads it.
 #pragma once
 
 #include <Eigen/Dense>

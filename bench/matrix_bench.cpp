@@ -115,8 +115,9 @@ void add_elementwise_all()
 
 // --- inverse ---------------------------------------------------------------------------------------------------------
 
-// The loops that define the inverse, as plain as they are written, for any size that the work area holds: what the library
-// itself runs for every other size. GCC is easily upset here: without the tests of n it may be a quarter faster.
+// The loops that define the inverse, as plain as they are written, for any size that the work area holds: what the
+// library itself runs for every other size. GCC is easily upset here: without the tests of n it may be a quarter
+// faster.
 [[gnu::noinline]] int plain_inverse(int n, const float* A, float* inverse)
 {
     static float W[40][80];

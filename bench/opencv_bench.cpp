@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The same in OpenCV, on one thread. Built only where its headers are found. Its filter solves for the gain by a singular
-// value decomposition.
+// The same in OpenCV, on one thread. Built only where its headers are found. Its filter solves for the gain by a
+// singular value decomposition.
 
 #include <opencv2/video/tracking.hpp>
 #include <vector>

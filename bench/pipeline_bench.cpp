@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the element zeltracker takes for a buffer, in turn with the host kit's call for the same detections: 16 streams with
-// a harness and a handle each, in one thread. GST_PLUGIN_PATH must name the plugin's directory.
+// What the element zeltracker takes for a buffer, in turn with the host kit's call for the same detections: 16 streams
+// with a harness and a handle each, in one thread. GST_PLUGIN_PATH must name the plugin's directory.
 #include <gst/check/gstharness.h>
 #include <gst/video/gstvideometa.h>
 #include <zel/host.h>

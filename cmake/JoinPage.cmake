@@ -1,6 +1,6 @@
 cmake_policy(VERSION 3.21)
-# Run as a script, joins the parts of a page: PARTS are its markup and its styles, SCRIPTS its modules, each after what it
-# imports; WORKER_SCRIPTS the same for the page's other thread. Together the modules are one script, without their
+# Run as a script, joins the parts of a page: PARTS are its markup and its styles, SCRIPTS its modules, each after what
+# it imports; WORKER_SCRIPTS the same for the page's other thread. Together the modules are one script, without their
 # imports, exports, comments and indentation. Writes the page as the array SYMBOL of namespace zeltrack, page_template
 # if none is named, to OUTPUT, and the script alone to SCRIPT_OUTPUT, to be checked.
 

@@ -1,7 +1,7 @@
-# zel_library(TARGET KIND OUTPUT SOURCES ... HEADERS ... [NEEDS TARGET] [SYSTEM LIBRARY...]): a library with C++17 inside and
-# a C interface, shared and static from one set of objects. TARGET and TARGET_static become zel::KIND and zel::KIND_static,
-# lib<OUTPUT>. NEEDS is another library made here. Without the shared ones (BUILD_SHARED_LIBS=OFF), zel::KIND is the static
-# one, which is always built: tests and command use it.
+# zel_library(TARGET KIND OUTPUT SOURCES ... HEADERS ... [NEEDS TARGET] [SYSTEM LIBRARY...]): a library with C++17
+# inside and a C interface, shared and static from one set of objects. TARGET and TARGET_static become zel::KIND and
+# zel::KIND_static, lib<OUTPUT>. NEEDS is another library made here. Without the shared ones (BUILD_SHARED_LIBS=OFF),
+# zel::KIND is the static one, which is always built: tests and command use it.
 function(zel_library target kind output)
   cmake_parse_arguments(PARSE_ARGV 3 arg "" "NEEDS" "SOURCES;HEADERS;SYSTEM")
   zel_library_objects(${target} ${arg_SOURCES})
@@ -63,18 +63,18 @@ function(zel_library_objects target)
   if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES AND NOT " ${CMAKE_CXX_FLAGS}" MATCHES " -O")
     set(optimised 1)
   endif()
-  # Float contraction stays at the compiler's default. Calls between exported functions stay inside the library. Sections
-  # of their own let a static host drop what it does not use. NaNs and infinities are input like any other, whatever
-  # -ffast-math among the flags of a parent project says.
-  # Single precision that becomes double unseen costs time on the target; elsewhere double is what is wanted.
+  # Float contraction stays at the compiler's default. Calls between exported functions stay inside the library.
+  # Sections of their own let a static host drop what it does not use. NaNs and infinities are input like any other,
+  # whatever -ffast-math among the flags of a parent project says. Single precision that becomes double unseen costs
+  # time on the target; elsewhere double is what is wanted.
   target_compile_options(${target}_objects PRIVATE $<${optimised}:-O3> -Wdouble-promotion
     -fno-fast-math -fno-unsafe-math-optimizations -fno-finite-math-only -fno-math-errno
     -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-semantic-interposition -ffunction-sections -fdata-sections)
   target_link_libraries(${target}_objects PRIVATE $<BUILD_INTERFACE:zel_options>)
 endfunction()
 
-# No --no-undefined: clang leaves the runtime of its sanitizers to the program, and a parent project may use them. What is
-# missing shows when the tests link a host.
+# No --no-undefined: clang leaves the runtime of its sanitizers to the program, and a parent project may use them. What
+# is missing shows when the tests link a host.
 function(zel_shared_library target output)
   set(exported ${PROJECT_SOURCE_DIR}/cmake/${output}.map)
   set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -1,5 +1,5 @@
-# Targets: zel::zel and zel::zel_static, the tracker; zel::host and zel::host_static, the host kit. Without a suffix they
-# are the shared ones, if those were built. Hosts write #include <zel/libzel.h>.
+# Targets: zel::zel and zel::zel_static, the tracker; zel::host and zel::host_static, the host kit. Without a suffix
+# they are the shared ones, if those were built. Hosts write #include <zel/libzel.h>.
 include(${CMAKE_CURRENT_LIST_DIR}/zelTargets.cmake)
 
 foreach(zel_kind zel host)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Scoring of a file of truth and one of tracks, as they are read. The first byte chooses the rules and the number of the
-// first frame; the next byte of 0 divides the files, after which comes a seqinfo.ini if there is another.
+// Scoring of a file of truth and one of tracks, as they are read. The first byte chooses the rules and the number of
+// the first frame; the next byte of 0 divides the files, after which comes a seqinfo.ini if there is another.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The host kit with any parameters and any boxes, changed and set back in between. Whatever goes in, what comes out must
-// keep to the header.
+// The host kit with any parameters and any boxes, changed and set back in between. Whatever goes in, what comes out
+// must keep to the header.
 #include <fuzzer/FuzzedDataProvider.h>
 #include <zel/host.h>
 

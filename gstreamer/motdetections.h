@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The element "motdetections": stands for a detector, with the boxes of a MOTChallenge file. The n-th buffer of a stream
-// is frame n.
+// The element "motdetections": stands for a detector, with the boxes of a MOTChallenge file. The n-th buffer of a
+// stream is frame n.
 #pragma once
 
 #include <gst/base/gstbasetransform.h>

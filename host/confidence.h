@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The least confidence worth tracking. It is Otsu's threshold among the latest confidences, as long as what lies below it
-// comes and goes: weak detections that are real persist like strong ones, and then nothing may be dropped.
+// The least confidence worth tracking. It is Otsu's threshold among the latest confidences, as long as what lies below
+// it comes and goes: weak detections that are real persist like strong ones, and then nothing may be dropped.
 #pragma once
 
 #include <stdint.h>

@@ -231,8 +231,8 @@ static void put(zel_host_t* host, const zel_host_detection_t* detections)
         host->input[host->kept_count][0] = 0;
 }
 
-// A camera that goes on and on carries the image to where floats are coarse. Back to the middle while nothing is tracked;
-// in the last resort with tracks, which then end.
+// A camera that goes on and on carries the image to where floats are coarse. Back to the middle while nothing is
+// tracked; in the last resort with tracks, which then end.
 static void recentre(zel_host_t* host)
 {
     constexpr double early = 16384;  // units: floats are a thousandth of one apart

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Open addressing with linear probing. Nothing is ever taken out one by one: when half of the slots are used, those that
-// still matter move to the spare array, at most a quarter of it.
+// Open addressing with linear probing. Nothing is ever taken out one by one: when half of the slots are used, those
+// that still matter move to the spare array, at most a quarter of it.
 #include "lives.h"
 
 #include <stdlib.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A pair is a detection and the one of the frame before that overlap each other most. The median of all other pairs' steps
-// is compared with a pair's own: its own would explain part of itself.
+// A pair is a detection and the one of the frame before that overlap each other most. The median of all other pairs'
+// steps is compared with a pair's own: its own would explain part of itself.
 #include "steady.h"
 
 #include <math.h>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A few cycles of one filter, each between two calls that are easy to find in a trace. The arguments say whose and of which size.
+// A few cycles of one filter, each between two calls that are easy to find in a trace. The arguments say whose and of
+// which size.
 
 #include <zel/_libzel.h>
 

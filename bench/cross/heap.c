@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
-/* What the tracker asks of the heap, each as bytes and allocations but for the second: a handle without its capacity, the
-   bytes of a place of the capacity, a track, a confirmation; then the bytes of a host kit for 64 and for 256 objects, its
-   tracker included. malloc and calloc are wrapped. */
+/* What the tracker asks of the heap, each as bytes and allocations but for the second: a handle without its capacity,
+   the bytes of a place of the capacity, a track, a confirmation; then the bytes of a host kit for 64 and for 256
+   objects, its tracker included. malloc and calloc are wrapped. */
 #include <stddef.h>
 #include <stdio.h>
 #include <zel/host.h>

@@ -1,6 +1,6 @@
-# Static libraries for musl, the C library of Alpine and OpenWrt, with Debian's package musl-tools, which has a wrapper for
-# the C compiler only. The libraries take nothing from the C++ one but headers. Those of Debian's are named here, before
-# musl's, and the one macro of glibc that they ask for is answered.
+# Static libraries for musl, the C library of Alpine and OpenWrt, with Debian's package musl-tools, which has a wrapper
+# for the C compiler only. The libraries take nothing from the C++ one but headers. Those of Debian's are named here,
+# before musl's, and the one macro of glibc that they ask for is answered.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER musl-gcc)
