@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /*
- * The same scene from a detector with other habits: classes that count from 0, boxes as centre and size, in fractions of
- * the image. What comes back is put into the detector's terms again, in pixels.
+ * The same scene from a detector with other habits: classes that count from 0, boxes as centre and size, in fractions
+ * of the image. What comes back is put into the detector's terms again, in pixels.
  *
  *     cc -std=c99 adapter.c $(pkg-config --cflags --libs zel) -o adapter
  */
@@ -17,10 +17,10 @@ typedef struct {
 } detection;
 
 /*
- * Units of the tracker per pixel. An object may step less than 10 units between two frames, so 10 / SCALE = 40 pixels is about
- * half of what sqrt(width * height) of a usual box is here.
+ * Units of the tracker per pixel. An object may step less than 10 units between two frames; 10 / SCALE = 80 pixels are
+ * about the size of a box here, sqrt(width * height).
  */
-static const float SCALE = 0.25F;
+static const float SCALE = 0.125F;
 
 /* The tracker takes whatever it is given: corners in the wrong order never overlap, and a class of 0 ends the list. */
 static int is_sound(const detection* d)

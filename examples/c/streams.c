@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /*
- * A host in C99 on the host kit: two cameras, each in a thread of its own. The kit takes the detector's boxes in pixels,
- * chooses what is worth tracking, and holds the lock that the tracker needs.
+ * A host in C99 on the host kit: two cameras, each in a thread of its own. The kit takes the detector's boxes in
+ * pixels, chooses what is worth tracking, and holds the lock that the tracker needs.
  *
  *     cc -std=c99 streams.c $(pkg-config --cflags --libs zelhost) -pthread -o streams
  */
