@@ -2,7 +2,6 @@
 #include "motdetections.h"
 
 #include <exception>
-#include <string>
 #include <vector>
 
 #include "mot/load.h"
@@ -16,7 +15,6 @@ GST_DEBUG_CATEGORY_STATIC(mot_detections_debug);
 namespace {
 
 struct mot_state {
-    std::string location;
     std::vector<zeltrack::mot_row> rows;  // by frame
     std::size_t next = 0;
     int frame = 0;
@@ -46,10 +44,11 @@ static void rewind_rows(mot_state& it)
 static gboolean start(GstBaseTransform* element)
 {
     mot_state& it = state_of(element);
-    if (!zelgst::has_location(element, it.location))
+    const char* location = zelgst::location_of(element);
+    if (!location)
         return FALSE;
     try {
-        it.rows = zeltrack::load_detections(it.location, {});
+        it.rows = zeltrack::load_detections(location, {});
     } catch (const std::exception& wrong) {
         GST_ELEMENT_ERROR(element, RESOURCE, READ, ("%s", wrong.what()), (nullptr));
         return FALSE;
@@ -88,17 +87,6 @@ static GstFlowReturn attach(GstBaseTransform* element, GstBuffer* buffer)
     return GST_FLOW_OK;
 }
 
-static void set_property(GObject* object, guint, const GValue* value, GParamSpec*)
-{
-    const char* location = g_value_get_string(value);
-    state_of(object).location = location ? location : "";
-}
-
-static void get_property(GObject* object, guint, GValue* value, GParamSpec*)
-{
-    g_value_set_string(value, state_of(object).location.c_str());
-}
-
 static void finalize(GObject* object)
 {
     delete ZEL_MOT_DETECTIONS(object)->state;
@@ -115,8 +103,6 @@ static void zel_mot_detections_class_init(ZelMotDetectionsClass* self)
 {
     GST_DEBUG_CATEGORY_INIT(mot_detections_debug, "motdetections", 0, "detections of a MOTChallenge file");
     auto* object_class = G_OBJECT_CLASS(self);
-    object_class->set_property = set_property;
-    object_class->get_property = get_property;
     object_class->finalize = finalize;
     zelgst::install_location(object_class, "MOTChallenge file: lines of frame,id,left,top,width,height,conf");
 

@@ -16,7 +16,6 @@ GST_DEBUG_CATEGORY_STATIC(mot_write_debug);
 namespace {
 
 struct mot_state {
-    std::string location;
     FILE* file = nullptr;
     int frame = 0;
     std::string text;
@@ -39,19 +38,20 @@ static mot_state& state_of(gpointer object)
 static gboolean start(GstBaseTransform* element)
 {
     mot_state& it = state_of(element);
-    if (!zelgst::has_location(element, it.location))
+    const char* location = zelgst::location_of(element);
+    if (!location)
         return FALSE;
     it.frame = 0;
-    it.file = fopen(it.location.c_str(), "w");
+    it.file = fopen(location, "w");
     if (!it.file)
-        GST_ELEMENT_ERROR(element, RESOURCE, OPEN_WRITE, ("%s: %s", it.location.c_str(), g_strerror(errno)), (nullptr));
+        GST_ELEMENT_ERROR(element, RESOURCE, OPEN_WRITE, ("%s: %s", location, g_strerror(errno)), (nullptr));
     return it.file != nullptr;
 }
 
 static void report_failure(GstBaseTransform* element)
 {
-    GST_ELEMENT_ERROR(element, RESOURCE, WRITE, ("%s: %s", state_of(element).location.c_str(), g_strerror(errno)),
-                      (nullptr));
+    const char* wrong = g_strerror(errno);
+    GST_ELEMENT_ERROR(element, RESOURCE, WRITE, ("%s: %s", zelgst::location_of(element), wrong), (nullptr));
 }
 
 static gboolean stop(GstBaseTransform* element)
@@ -88,17 +88,6 @@ static GstFlowReturn write_frame(GstBaseTransform* element, GstBuffer* buffer)
     return GST_FLOW_ERROR;
 }
 
-static void set_property(GObject* object, guint, const GValue* value, GParamSpec*)
-{
-    const char* location = g_value_get_string(value);
-    state_of(object).location = location ? location : "";
-}
-
-static void get_property(GObject* object, guint, GValue* value, GParamSpec*)
-{
-    g_value_set_string(value, state_of(object).location.c_str());
-}
-
 static void finalize(GObject* object)
 {
     delete ZEL_MOT_WRITE(object)->state;
@@ -115,8 +104,6 @@ static void zel_mot_write_class_init(ZelMotWriteClass* self)
 {
     GST_DEBUG_CATEGORY_INIT(mot_write_debug, "motwrite", 0, "tracks to a MOTChallenge file");
     auto* object_class = G_OBJECT_CLASS(self);
-    object_class->set_property = set_property;
-    object_class->get_property = get_property;
     object_class->finalize = finalize;
     zelgst::install_location(object_class, "File to write: lines of frame,id,left,top,width,height,conf,-1,-1,-1");
 

@@ -19,17 +19,32 @@ void add_video_pads(GstElementClass* element_class)
     gst_caps_unref(caps);
 }
 
+// The location is kept as GLib keeps what is attached to an object, which also frees it.
+static void set_location(GObject* object, guint, const GValue* value, GParamSpec* spec)
+{
+    g_object_set_data_full(object, spec->name, g_value_dup_string(value), g_free);
+}
+
+static void get_location(GObject* object, guint, GValue* value, GParamSpec* spec)
+{
+    g_value_set_string(value, static_cast<const char*>(g_object_get_data(object, spec->name)));
+}
+
 void install_location(GObjectClass* object_class, const char* blurb)
 {
+    object_class->set_property = set_location;
+    object_class->get_property = get_location;
     const auto flags = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_READY);
     g_object_class_install_property(object_class, 1, g_param_spec_string("location", "File", blurb, nullptr, flags));
 }
 
-bool has_location(GstBaseTransform* element, const std::string& location)
+const char* location_of(GstBaseTransform* element)
 {
-    if (location.empty())
-        GST_ELEMENT_ERROR(element, RESOURCE, NOT_FOUND, ("The property \"location\" is not set."), (nullptr));
-    return !location.empty();
+    const auto* location = static_cast<const char*>(g_object_get_data(G_OBJECT(element), "location"));
+    if (location && *location)
+        return location;
+    GST_ELEMENT_ERROR(element, RESOURCE, NOT_FOUND, ("The property \"location\" is not set."), (nullptr));
+    return nullptr;
 }
 
 GstFlowReturn make_metas_writable(GstBaseTransform*, GstBuffer* input, GstBuffer** output)

@@ -5,18 +5,16 @@
 
 #include <gst/base/gstbasetransform.h>
 
-#include <string>
-
 namespace zelgst {
 
 // A sink and a source for raw video in any kind of memory.
 void add_video_pads(GstElementClass* element_class);
 
-// A text property "location", with the number 1, that is set while the element is not running.
+// A text property "location", the only one of its element, that is set while the element is not running.
 void install_location(GObjectClass* object_class, const char* blurb);
 
-// False, with an error posted: there is no location.
-bool has_location(GstBaseTransform* element, const std::string& location);
+// Null, with an error posted: there is no location.
+const char* location_of(GstBaseTransform* element);
 
 // For elements that attach something. The base class passes buffers through, so that upstream may allocate them
 // downstream; but if others hold a buffer, too, it is copied here, without its memory.
