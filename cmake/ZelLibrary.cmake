@@ -70,6 +70,8 @@ function(zel_library_objects target)
   target_compile_options(${target}_objects PRIVATE $<${optimised}:-O3> -Wdouble-promotion
     -fno-fast-math -fno-unsafe-math-optimizations -fno-finite-math-only -fno-math-errno
     -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-semantic-interposition -ffunction-sections -fdata-sections)
+  # GCC's copy of each loop for a stride of one is a tenth of the code and no faster.
+  target_compile_options(${target}_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-version-loops-for-strides>)
   target_link_libraries(${target}_objects PRIVATE $<BUILD_INTERFACE:zel_options>)
 endfunction()
 

@@ -131,27 +131,33 @@ inline bool invert(N n, const f32_t* A, f32_t* inv)
     return true;
 }
 
-[[gnu::noinline, gnu::flatten]] bool invert_4(const f32_t* A, f32_t* inv)
-{
-    return invert<2>(size<4>(), A, inv);
-}
-
-template <int pairs>
-[[gnu::noinline, gnu::flatten]] bool invert_rows(int n, const f32_t* A, f32_t* inv)
+template <int pairs, typename N>
+[[gnu::noinline, gnu::flatten]] bool invert_rows(N n, const f32_t* A, f32_t* inv)
 {
     return invert<pairs>(n, A, inv);
+}
+
+// With a constant for the 4 rows that the tracker inverts and, where code may be large, for fewer.
+template <int pairs, int constant>
+inline bool invert_few(const f32_t* A, f32_t* inv)
+{
+    if constexpr (target.compact)
+        return invert_rows<pairs>(constant, A, inv);
+    else
+        return invert_rows<pairs>(size<constant>(), A, inv);
 }
 
 inline bool invert_small(int n, const f32_t* A, f32_t* inv)
 {
     switch (n) {
     case 1:
+        return invert_few<1, 1>(A, inv);
     case 2:
-        return invert_rows<1>(n, A, inv);
+        return invert_few<1, 2>(A, inv);
     case 3:
-        return invert_rows<2>(n, A, inv);
+        return invert_few<2, 3>(A, inv);
     case 4:
-        return invert_4(A, inv);
+        return invert_rows<2>(size<4>(), A, inv);
     case 5:
     case 6:
         return invert_rows<3>(n, A, inv);

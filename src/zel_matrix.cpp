@@ -509,15 +509,9 @@ template <typename T>
     by_depth(d->type, [=](auto zero) { multiply_depth<decltype(zero)>(a, b, c, d, inner, t, minus, from); });
 }
 
-// Sizes in one number; 0 if one of them is negative or above 15.
-static constexpr int code_of(int rows, int inner, int cols)
-{
-    return ((rows | inner | cols) & ~15) == 0 ? rows << 8 | inner << 4 | cols : 0;
-}
-
-// d = start +- a * b for operands of one type.
-template <turned t, bool minus, start from, typename... Known>
-static inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d)
+// d = start +- a * b for operands of one type. The shapes are those for which there may be a kernel.
+template <turned t, bool minus, start from, typename... Shape>
+static inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c, zel_mat_t* d, shapes<Shape...>)
 {
     const int rows = t == turned::first ? a->cols : a->rows;
     const int cols = t == turned::second ? b->rows : b->cols;
@@ -527,16 +521,11 @@ static inline void multiply(const zel_mat_t* a, const zel_mat_t* b, const zel_ma
     if (from == start::matrix && !has_shape(c, rows, cols))
         return;
     assert(is_factor(a, d) && is_factor(b, d) && (!c || is_term(c, d)) && is_sound(d));
-    if (ZEL_MAT_DEPTH(d->type) == ZEL_F32) {
-        [[maybe_unused]] const int code = code_of(rows, inner, cols);
-        if (((code == Known::code &&
-              (Known::template run<minus, from, t>(a->data.f, b->data.f, c ? c->data.f : nullptr, d->data.f), true)) ||
-             ...))
-            return;
-        if (rows > 0 && cols > 0)
-            multiply_depth<f32_t>(a, b, c, d, inner, t, minus, from);
+    if (ZEL_MAT_DEPTH(d->type) == ZEL_F32 &&
+        (Shape::template run<t, minus, from>(rows, inner, cols, a->data.f, b->data.f, c ? c->data.f : nullptr,
+                                             d->data.f) ||
+         ...))
         return;
-    }
     if (rows > 0 && cols > 0)
         multiply_any_depth(a, b, c, d, inner, t, minus, from);
 }
@@ -546,21 +535,20 @@ static inline bool is_single_channel(const zel_mat_t* mat)
     return ZEL_MAT_CN(mat->type) == 1;
 }
 
-// The sizes with kernels of their own are those of the steps of a filter of 8 states and 4 measurements.
-
 void zel_mat_mul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* dst, int flags)
 {
     assert(src1 && src2 && dst);
     if (!is_single_channel(src1) || src2->type != src1->type || dst->type != src1->type)
         return;
-    // the sizes: A P' and (I - K H) P', P H', (P H') (S^-1)'; A x
     if (flags & ZEL_MAT_TRANS_SRC1)
-        multiply<turned::first, false, start::nothing>(src1, src2, nullptr, dst);
+        multiply<turned::first, false, start::nothing>(src1, src2, nullptr, dst, shapes<>());
     else if (flags & ZEL_MAT_TRANS_SRC2)
-        multiply<turned::second, false, start::nothing, sizes<8, 8, 8>, sizes<8, 8, 4>, sizes<8, 4, 4>>(src1, src2,
-                                                                                                        nullptr, dst);
+        multiply<turned::second, false, start::nothing>(
+            src1, src2, nullptr, dst,
+            shapes<shape<states, states, states>, shape<states, states, measurements>,
+                   shape<states, measurements, measurements>>());
     else
-        multiply<turned::none, false, start::nothing, sizes<8, 8, 1>>(src1, src2, nullptr, dst);
+        multiply<turned::none, false, start::nothing>(src1, src2, nullptr, dst, shapes<shape<states, states, one>>());
 }
 
 void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flags)
@@ -568,11 +556,12 @@ void zel_mat_muladd(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
     assert(src1 && src2 && src3 && dst);
     if (!is_single_channel(src1) || src2->type != src1->type || src3->type != src1->type || dst->type != src1->type)
         return;
-    // the sizes: (A P') A' + Q; H (P H') + R, K y + x
     if (flags & ZEL_MAT_TRANS_SRC2)
-        multiply<turned::second, false, start::matrix, sizes<8, 8, 8>>(src1, src2, src3, dst);
+        multiply<turned::second, false, start::matrix>(src1, src2, src3, dst, shapes<shape<states, states, states>>());
     else
-        multiply<turned::none, false, start::matrix, sizes<4, 8, 4>, sizes<8, 4, 1>>(src1, src2, src3, dst);
+        multiply<turned::none, false, start::matrix>(
+            src1, src2, src3, dst,
+            shapes<shape<measurements, states, measurements>, shape<states, measurements, one>>());
 }
 
 void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t* dst, int flag)
@@ -581,11 +570,11 @@ void zel_mat_submul(zel_mat_t* src1, zel_mat_t* src2, zel_mat_t* src3, zel_mat_t
     if (!is_single_channel(src2) || (src1 && src1->type != src2->type) || src3->type != src2->type ||
         dst->type != src2->type)
         return;
-    // the sizes: I - K H; z - H x
     if (flag & ZEL_MAT_FROM_IDENTITY)
-        multiply<turned::none, true, start::identity, sizes<8, 4, 8>>(src2, src3, nullptr, dst);
+        multiply<turned::none, true, start::identity>(src2, src3, nullptr, dst,
+                                                      shapes<shape<states, measurements, states>>());
     else
-        multiply<turned::none, true, start::matrix, sizes<4, 8, 1>>(src2, src3, src1, dst);
+        multiply<turned::none, true, start::matrix>(src2, src3, src1, dst, shapes<shape<measurements, states, one>>());
 }
 
 // --- inverse ---------------------------------------------------------------------------------------------------------

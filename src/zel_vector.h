@@ -154,6 +154,30 @@ inline vec<T, w> make_vector(F f)
     return make_vector<T>(f, std::make_integer_sequence<int, w>());
 }
 
+// The first count lanes, of which there is at least one; the others are zero.
+template <int w, typename T, typename C>
+inline vec<T, w> load_some(const T* p, C count)
+{
+    if (count >= w)
+        return load<w>(p);
+    return make_vector<T, w>([=](auto l) { return l < count ? p[l] : T(0); });
+}
+
+template <int w, typename T, typename C>
+inline void store_some(T* p, vec<T, w> v, C count)
+{
+    if (count >= w)
+        return store<w>(p, v);
+    if (count >= w / 2)
+        memcpy(p, &v, sizeof(v) / 2);
+    if constexpr (w == 4) {
+        if (count == 1)
+            p[0] = v[0];
+        if (count == 3)
+            p[2] = v[2];
+    }
+}
+
 // Lane l of v in all lanes.
 template <int l, typename V, int... i>
 inline V spread(V v, std::integer_sequence<int, i...>)
