@@ -191,7 +191,23 @@ TYPED_TEST(EveryDepth, MultipliesAsAPlainTripleLoopInEveryForm)
             }
 }
 
-// The result, and each operand in turn, ends where the next page must not be touched, or begins behind such a page.
+// Every operand ends where the next page must not be touched, or begins after such a page.
+template <typename T>
+void expect_product_between_pages(const form& f, int m, int k, int n, random_bits& bits, guarded_pages (&pages)[4])
+{
+    for (const bool end : {true, false}) {
+        operands<T> o(f, m, k, n);
+        o.fill(bits);
+        const auto expected = triple_loop(f, o);
+        matrix<T>* const all[] = {&o.a, &o.b, &o.c, &o.d};
+        for (int i = 0; i < 4; ++i)
+            all[i]->mat.data.p = pages[i].hold(all[i]->data.data(), all[i]->data.size() * sizeof(T), end);
+        run(f, o.a, o.b, o.c, o.d);
+        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), reinterpret_cast<T*>(o.d.mat.data.p)))
+            << f.name << ": " << m << " x " << k << " x " << n;
+    }
+}
+
 TYPED_TEST(EveryDepth, TouchesNothingBesideItsOperands)
 {
     random_bits bits(2);
@@ -199,18 +215,20 @@ TYPED_TEST(EveryDepth, TouchesNothingBesideItsOperands)
     for (const form& f : forms)
         for (const auto& [m, k, n] :
              {std::array{8, 8, 8}, {8, 4, 1}, {7, 4, 7}, {3, 5, 2}, {5, 1, 3}, {9, 9, 10}, {37, 70, 13}})
-            for (const bool end : {true, false}) {
-                operands<TypeParam> o(f, m, k, n);
-                o.fill(bits);
-                const auto expected = triple_loop(f, o);
-                matrix<TypeParam>* const all[] = {&o.a, &o.b, &o.c, &o.d};
-                for (int i = 0; i < 4; ++i)
-                    all[i]->mat.data.p =
-                        pages[i].hold(all[i]->data.data(), all[i]->data.size() * sizeof(TypeParam), end);
-                run(f, o.a, o.b, o.c, o.d);
-                EXPECT_TRUE(std::equal(expected.begin(), expected.end(), reinterpret_cast<TypeParam*>(o.d.mat.data.p)))
-                    << f.name << ": " << m << " x " << k << " x " << n;
-            }
+            expect_product_between_pages<TypeParam>(f, m, k, n, bits, pages);
+}
+
+// Many of these sizes have kernels of their own.
+TEST(Products, OfEveryFilterTouchNothingBesideTheirOperands)
+{
+    random_bits bits(6);
+    guarded_pages pages[4];
+    const int sizes[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 12, 15};
+    for (const form& f : forms)
+        for (const int m : sizes)
+            for (const int k : sizes)
+                for (const int n : sizes)
+                    expect_product_between_pages<f32_t>(f, m, k, n, bits, pages);
 }
 
 TYPED_TEST(EveryDepth, KeepsTheProductWhenAnOperandDoesNotFit)
