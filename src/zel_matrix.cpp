@@ -314,13 +314,14 @@ static inline void copy_element(u08_t* d, const u08_t* s, size_t cn)
         memcpy(d, s, bytes);
 }
 
-// A whole block of one channel, in squares that are transposed in registers. Integers, whose bits nothing changes.
-template <typename T, size_t block>
-static void transpose_block(u08_t* d, const u08_t* s, size_t rows, size_t cols)
+// As much of a block of one channel, height x width, as makes up squares that are transposed in registers. Integers,
+// whose bits nothing changes.
+template <typename T>
+static void transpose_squares(u08_t* d, const u08_t* s, size_t rows, size_t cols, size_t height, size_t width)
 {
     constexpr int m = narrow<T>;
-    for (size_t j = 0; j < block; j += m)
-        for (size_t i = 0; i < block; i += m) {
+    for (size_t j = 0; j + m <= width; j += m)
+        for (size_t i = 0; i + m <= height; i += m) {
             const u08_t* from = s + (i * cols + j) * sizeof(T);
             u08_t* to = d + (j * rows + i) * sizeof(T);
             vec<T, m> square[m];
@@ -344,13 +345,16 @@ static void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
         for (size_t j0 = 0; j0 < cols; j0 += block) {
             const u08_t* s = src->data.p + (i0 * cols + j0) * cn * bytes;
             u08_t* d = dst->data.p + (j0 * rows + i0) * cn * bytes;
+            const size_t height = smaller(block, rows - i0);
+            const size_t width = smaller(block, cols - j0);
+            const bool squares = bytes == 4 && cn == 1;
+            const size_t done_rows = squares ? height - height % narrow<T> : 0;
+            const size_t done_cols = squares ? width - width % narrow<T> : 0;
             if constexpr (bytes == 4)
-                if (cn == 1 && i0 + block <= rows && j0 + block <= cols) {
-                    transpose_block<T, block>(d, s, rows, cols);
-                    continue;
-                }
-            for (size_t j = 0; j < smaller(block, cols - j0); ++j)
-                for (size_t i = 0; i < smaller(block, rows - i0); ++i)
+                if (squares)
+                    transpose_squares<T>(d, s, rows, cols, height, width);
+            for (size_t j = 0; j < width; ++j)
+                for (size_t i = j < done_cols ? done_rows : 0; i < height; ++i)
                     copy_element<bytes>(d + (j * rows + i) * cn * bytes, s + (i * cols + j) * cn * bytes, cn);
         }
 }
