@@ -12,12 +12,14 @@
 //   c - a * b                   c                          rows           a panel of -b, or rows in known sizes
 //   I - a * b                   the rows of constants<T>   rows           the same
 //
-//   columns of d                AVX                        SSE2                       others
+//   columns of d                AVX                        SSE2                       aarch64, wasm
 //   1                           as its transpose, which is one row
 //   up to a narrow vector       4 rows x 1 vector, of which the lanes that there are
 //   up to two                   4 rows x 2 vectors         4 rows x 2 vectors         4 rows x 2 vectors
 //   one wide vector             8 rows x 1 wide one
 //   more                        3 rows x 3 wide ones       3 rows x 3 vectors         4 rows x 2 vectors
+//
+// Processors without vectors of floats take single scalars for narrow vectors: at most 3 rows x 3.
 //
 // A panel is a part of b on the stack, laid out in rows of whole vectors: for transposed factors and for those of less
 // than a vector, and to change a sign. Rows that are left over make blocks of 2 and of 1. The last vector of a block
@@ -250,7 +252,7 @@ inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C colum
     const strides at = p.inner > 0 ? p.at : strides{};  // a factor without terms may have no data
     const M rows = p.rows;
     const K inner = p.inner;
-    const ptrdiff_t last = n == 1 ? 0 : columns - w;
+    const ptrdiff_t last = w == 1 ? n - 1 : n == 1 ? 0 : columns - w;  // single scalars never overlap
     const T* a = p.a;
     T* d = p.d + j;
     const ptrdiff_t pitch = p.cols;
@@ -287,7 +289,7 @@ inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C colum
 // three only, where no single one would remain.
 constexpr int count_vectors(int left, int w)
 {
-    return !target.compact && left > 2 * w && (left <= 3 * w || left > 4 * w) ? 3 : left > w ? 2 : 1;
+    return (w == 1 || !target.compact) && left > 2 * w && (left <= 3 * w || left > 4 * w) ? 3 : left > w ? 2 : 1;
 }
 
 template <int n, int w, typename T, typename C>
@@ -321,7 +323,7 @@ inline void multiply_part(const product<T>& p)
         const int columns = left < n * w ? left : n * w;
         if (n == 1)
             multiply_last_columns<w>(p, j);
-        else if (n == 2 || target.compact)
+        else if (n == 2 || (w > 1 && target.compact))
             multiply_any_columns<2, w>(p, j, columns);
         else
             multiply_any_columns<3, w>(p, j, columns);

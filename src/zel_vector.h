@@ -8,6 +8,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include <type_traits>
 #include <utility>
 
 #include "libzel.h"
@@ -31,22 +32,27 @@ namespace {
 
 struct processor {
     int bytes;                // of the widest register
+    bool floats;              // the compiler keeps vectors of floats in it
     bool multiplies_by_lane;  // a scalar factor is a lane of a register that was loaded with several
     bool compact;             // small code counts more than the last tenth of time
 };
 #if defined(__AVX__)
-constexpr processor target = {32, false, false};
+constexpr processor target = {32, true, false, false};
 #elif defined(__SSE2__)
-constexpr processor target = {16, false, false};
+constexpr processor target = {16, true, false, false};
+#elif defined(__aarch64__) || defined(__wasm_simd128__)
+constexpr processor target = {16, true, true, true};
 #else
-constexpr processor target = {16, true, true};
+// Among them ARM with 32 bits, where NEON rounds denormal numbers to zero: compilers take vectors of floats apart, lane by
+// lane through memory.
+constexpr processor target = {16, false, false, true};
 #endif
 
-// Scalars in a register of 128 bits, which every processor has, and in the widest.
+// Scalars in a register of 128 bits and in the widest, as products take them; one where there is none for them.
 template <typename T>
-constexpr int narrow = 16 / int{sizeof(T)};
+constexpr int narrow = target.floats || std::is_integral<T>::value ? 16 / int{sizeof(T)} : 1;
 template <typename T>
-constexpr int wide_lanes = target.bytes / int{sizeof(T)};
+constexpr int wide_lanes = target.bytes / 16 * narrow<T>;
 
 // --- vectors ---------------------------------------------------------------------------------------------------------
 
@@ -56,6 +62,11 @@ template <typename T, int w>
 struct lanes {
     typedef T vec __attribute__((vector_size(w * sizeof(T))));
     typedef T unaligned __attribute__((vector_size(w * sizeof(T)), aligned(alignof(T))));
+};
+template <typename T>
+struct lanes<T, 1> {
+    typedef T vec;
+    typedef T unaligned;
 };
 template <typename T, int w>
 using vec = typename lanes<T, w>::vec;
