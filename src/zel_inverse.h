@@ -137,25 +137,16 @@ template <int pairs, typename N>
     return invert<pairs>(n, A, inv);
 }
 
-// With a constant for the 4 rows that the tracker inverts and, where code may be large, for fewer.
-template <int pairs, int constant>
-inline bool invert_few(const f32_t* A, f32_t* inv)
-{
-    if constexpr (target.compact)
-        return invert_rows<pairs>(constant, A, inv);
-    else
-        return invert_rows<pairs>(size<constant>(), A, inv);
-}
-
+// Constants for the 4 rows that the tracker inverts and for fewer, where they make the code smaller, too.
 inline bool invert_small(int n, const f32_t* A, f32_t* inv)
 {
     switch (n) {
     case 1:
-        return invert_few<1, 1>(A, inv);
+        return invert_rows<1>(size<1>(), A, inv);
     case 2:
-        return invert_few<1, 2>(A, inv);
+        return invert_rows<1>(size<2>(), A, inv);
     case 3:
-        return invert_few<2, 3>(A, inv);
+        return invert_rows<2>(size<3>(), A, inv);
     case 4:
         return invert_rows<2>(size<4>(), A, inv);
     case 5:

@@ -14,17 +14,18 @@
 //
 //   columns of d                AVX                        SSE2                       aarch64, wasm
 //   1                           as its transpose, which is one row
-//   up to a narrow vector       4 rows x 1 vector, of which the lanes that there are
-//   up to two                   4 rows x 2 vectors         4 rows x 2 vectors         4 rows x 2 vectors
+//   up to a narrow vector       4 rows x 1 vector, of which the lanes that there are  3 rows x 1 vector
+//   up to two                   4 rows x 2 vectors         4 rows x 2 vectors         3 rows x 2 vectors
 //   one wide vector             8 rows x 1 wide one
-//   more                        3 rows x 3 wide ones       3 rows x 3 vectors         4 rows x 2 vectors
+//   more                        3 rows x 3 wide ones       3 rows x 3 vectors         3 rows x 2 vectors
 //
-// Processors without vectors of floats take single scalars for narrow vectors: at most 3 rows x 3.
+// Known sizes have 4 rows in place of 3 on aarch64. Processors without vectors of floats take single scalars for narrow
+// vectors, at most 3 rows x 3.
 //
 // A panel is a part of b on the stack, laid out in rows of whole vectors: for transposed factors and for those of less
-// than a vector, and to change a sign. Rows that are left over make blocks of 2 and of 1. The last vector of a block
-// overlaps the one before it where columns are left over: a block has read all its starts before it stores, so that c
-// may be d. Nothing beside the operands is read or written.
+// than a vector, and to change a sign. Rows that are left over make blocks of 2 and of 1, or of 1 only. The last vector
+// of a block overlaps the one before it where columns are left over: a block has read all its starts before it stores,
+// so that c may be d. Nothing beside the operands is read or written.
 //
 // Sizes are run-time numbers or size<n> constants of the same templates. The products of common filters are instances
 // of the second kind (is_known): small ones spend half of their time on what is not arithmetic, and that goes.
@@ -72,7 +73,7 @@ struct product {
 
 // A part of so many rows and terms reads again what stays in the first-level cache.
 constexpr int most_terms = 64;
-constexpr int most_rows = 36;
+constexpr int most_rows = target.compact ? 24 : 36;  // by which the constants below grow
 
 // --- what sums start from --------------------------------------------------------------------------------------------
 
@@ -243,11 +244,38 @@ inline void multiply_block(const T* a, strides at, vector_rows<T> b, K inner, st
     });
 }
 
+// Calls block for R rows at a time and for what is left over.
+template <int R, bool one_loop, typename M, typename F>
+inline void in_blocks(M rows, F block)
+{
+    if constexpr (one_loop) {
+        for (int left = rows; left > 0;) {
+            if (left >= R) {
+                block(size<R>());
+                left -= R;
+            } else {
+                block(size<1>());
+                --left;
+            }
+        }
+    } else {
+        repeat(int{quotient<R>(rows)}, [&](auto) { block(size<R>()); });
+        if (R > 4 && remainder<R>(rows) & 4)
+            block(size<4>());
+        if (remainder<R>(rows) & 2)
+            block(size<2>());
+        if (remainder<R>(rows) & 1)
+            block(size<1>());
+    }
+}
+
 // All rows of a part, n vectors of columns from column j on, of a single vector the first lanes that there are.
 template <int n, int w, typename T, typename M, typename K, typename N, typename Minus, typename C>
 inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C columns)
 {
-    constexpr int R = n == 3 ? 3 : n == 1 && w > narrow<T> ? 8 : 4;
+    // Small code has one loop, for which what is left over are single rows; of 3 at once these are fewer than of 4.
+    constexpr bool one_loop = target.compact && std::is_same<M, int>::value;
+    constexpr int R = n == 3 || one_loop ? 3 : n == 1 && w > narrow<T> ? 8 : 4;
     constexpr bool negative = std::is_same<Minus, std::true_type>::value;
     const strides at = p.inner > 0 ? p.at : strides{};  // a factor without terms may have no data
     const M rows = p.rows;
@@ -268,19 +296,12 @@ inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C colum
         for (int k = 0; k < inner * n; ++k)
             store<w>(panel + k * w, -load<w>(panel + k * w));
 
-    const auto block = [&](auto r) {
+    in_blocks<R, one_loop>(rows, [&](auto r) {
         multiply_block<r, n, w, negative>(a, at, b, inner, from, d, pitch, last, columns);
         a += r * at.row;
         d += r * pitch;
         from.row += r * from.pitch;
-    };
-    repeat(int{quotient<R>(rows)}, [&](auto) { block(size<R>()); });
-    if (R > 4 && remainder<R>(rows) & 4)
-        block(size<4>());
-    if (remainder<R>(rows) & 2)
-        block(size<2>());
-    if (remainder<R>(rows) & 1)
-        block(size<1>());
+    });
 }
 
 // --- products --------------------------------------------------------------------------------------------------------
