@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the sources ask of the compiler, and assert of their callers: the duties that the headers call "must". Under NDEBUG
-// nothing is asserted.
+// What the sources ask of the compiler, and assert of their callers: the duties that the headers call "must". Under
+// NDEBUG nothing is asserted.
 #ifndef ZEL_CONTRACT_H
 #define ZEL_CONTRACT_H
 

@@ -66,10 +66,10 @@ constexpr int most_inverted = 8;
 constexpr f64_t ratio_limits[most_inverted + 1] = {0, 1e13, 4e6, 25000, 2000, 440, 160, 75, 45};
 
 // Gauss-Jordan elimination on [A | I] with rows of doubles that hold rounded floats. In step i only the columns of the
-// window are updated, from i of A to i of I. Those behind it are zero in row i. Those before it are eliminated: what
-// rounding leaves of them is at most 2^-52 of the ratio times the pivot, and reaches the pivot of that column, the only one
-// of them that is read again, times further ratios. While these are small it is less than half a unit in the last place
-// of the pivot, and lost. False, and nothing written, if they are not or if a pivot is zero or tiny.
+// window are updated, from i of A to i of I. Those after it are zero in row i. Those before it are eliminated: what
+// rounding leaves of them is at most 2^-52 of the ratio times the pivot, and reaches the pivot of that column, the only
+// one of them that is read again, times further ratios. While these are small it is less than half a unit in the last
+// place of the pivot, and lost. False, and nothing written, if they are not or if a pivot is zero or tiny.
 // n is 2 * pairs or one less.
 template <int pairs, typename N>
 inline bool invert(N n, const f32_t* A, f32_t* inv)

@@ -331,8 +331,9 @@ static void transpose_squares(u08_t* d, const u08_t* s, size_t rows, size_t cols
         }
 }
 
-// Scalars are moved as integers of their size, whatever they mean. In square blocks of one cache line of the destination:
-// row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7 times as long.
+// Scalars are moved as integers of their size, whatever they mean. In square blocks of one cache line of the
+// destination: row by row, each store would go to another line, and a 512 x 512 matrix of 4-byte scalars takes 7 times
+// as long.
 template <typename T>
 static void transpose_elements(const zel_mat_t* src, zel_mat_t* dst)
 {
@@ -481,8 +482,9 @@ template <typename T>
 [[gnu::always_inline]] static inline void multiply_depth(const zel_mat_t* a, const zel_mat_t* b, const zel_mat_t* c,
                                                          zel_mat_t* d, int inner, turned t, bool minus, start from)
 {
-    const strides at = t == turned::first ? strides{1, d->rows} : strides{inner, 1};
-    const strides bt = t == turned::second ? strides{1, inner} : strides{d->cols, 1};
+    // factors without terms may have no data, to which nothing may be added
+    const strides at = inner == 0 ? strides{} : t == turned::first ? strides{1, d->rows} : strides{inner, 1};
+    const strides bt = inner == 0 ? strides{} : t == turned::second ? strides{1, inner} : strides{d->cols, 1};
     if constexpr (std::is_floating_point<T>::value) {
         const bool column = d->cols == 1;  // whose transpose is a row
         const product<T> p = {scalars<T>(column ? b : a),

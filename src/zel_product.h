@@ -9,23 +9,24 @@
 //   a * b'                      -0.0                       rows           a panel
 //   a * b + c                   c                          rows           rows
 //   a * b' + c                  c                          rows           a panel
-//   c - a * b                   c                          rows           a panel of -b, or rows in known sizes
-//   I - a * b                   the rows of constants<T>   rows           the same
+//   c - a * b                   c                          rows           a panel of -b; known sizes read b as above
+//   I - a * b                   the rows of constants<T>   rows           and subtract
 //
 //   columns of d                AVX                        SSE2                       aarch64, wasm
 //   1                           as its transpose, which is one row
 //   up to a narrow vector       4 rows x 1 vector, of which the lanes that there are  3 rows x 1 vector
 //   up to two                   4 rows x 2 vectors         4 rows x 2 vectors         3 rows x 2 vectors
 //   one wide vector             8 rows x 1 wide one
+//   up to two                   4 rows x 2 wide ones
 //   more                        3 rows x 3 wide ones       3 rows x 3 vectors         3 rows x 2 vectors
 //
-// Known sizes have 4 rows in place of 3 on aarch64. Processors without vectors of floats take single scalars for narrow
-// vectors, at most 3 rows x 3.
+// Where three vectors would leave a single one over, two are taken. Known sizes have 4 rows in place of 3 on aarch64.
+// Processors without vectors of floats are like aarch64, with single scalars for vectors, of which they take 3.
 //
 // A panel is a part of b on the stack, laid out in rows of whole vectors: for transposed factors and for those of less
-// than a vector, and to change a sign. Rows that are left over make blocks of 2 and of 1, or of 1 only. The last vector
-// of a block overlaps the one before it where columns are left over: a block has read all its starts before it stores,
-// so that c may be d. Nothing beside the operands is read or written.
+// than a vector, and to change a sign. Rows that are left over make smaller blocks. The last vector of a block overlaps
+// the one before it where columns are left over: a block has read all its starts before it stores, so that c may be d.
+// Nothing beside the operands is read or written.
 //
 // Sizes are run-time numbers or size<n> constants of the same templates. The products of common filters are instances
 // of the second kind (is_known): small ones spend half of their time on what is not arithmetic, and that goes.
@@ -77,7 +78,7 @@ constexpr int most_rows = target.compact ? 24 : 36;  // by which the constants b
 
 // --- what sums start from --------------------------------------------------------------------------------------------
 
-// Rows of starts, of which each lies a pitch behind the one before.
+// Rows of starts, each a pitch after the one before.
 template <typename T>
 struct starts {
     const T* row;
@@ -89,9 +90,9 @@ struct starts {
 template <typename T>
 struct constants {
     static constexpr int most_cols = 3 * wide_lanes<T>;
-    static constexpr int one = most_rows + most_cols;  // its place in identity
+    static constexpr int diagonal = most_rows + most_cols;  // the place of the one in identity
     T minus_zero[most_cols];
-    T identity[2 * one + 1];
+    T identity[2 * diagonal + 1];
 };
 template <typename T>
 constexpr constants<T> make_constants()
@@ -99,7 +100,7 @@ constexpr constants<T> make_constants()
     constants<T> made = {};
     for (T& zero : made.minus_zero)
         zero = -T(0);
-    made.identity[constants<T>::one] = 1;
+    made.identity[constants<T>::diagonal] = 1;
     return made;
 }
 template <typename T>
@@ -116,7 +117,7 @@ inline starts<T> starts_of(const product<T, Known...>& p, int j)
     const int right = j - p.above;
     const int farthest = constants<T>::most_cols;
     const int place = right < -farthest ? -farthest : right > most_rows ? most_rows : right;
-    return {constant<T>.identity + constants<T>::one + place, -1};
+    return {constant<T>.identity + constants<T>::diagonal + place, -1};
 }
 
 // --- panels ----------------------------------------------------------------------------------------------------------
@@ -130,7 +131,7 @@ struct vector_rows {
 };
 
 // Lays out n vectors of w columns of b for all its rows, the last of them from last on: squares of a transposed factor,
-// of which the lowest may overlap, or scalars. In place of columns from count on the one before is laid out again.
+// of which the lowest may overlap, or scalars. Columns from count on repeat the one before.
 template <int n, int w, typename T, typename K, typename C>
 inline void lay_panel(const T* b, strides bt, K inner, int last, C count, T* panel)
 {
@@ -144,7 +145,7 @@ inline void lay_panel(const T* b, strides bt, K inner, int last, C count, T* pan
                 const T* from = column + k;
                 T* to = panel + k * pitch + v * w;
                 vec<T, w> y[m];
-                unroll<m>([&](auto l) { y[l] = load_halves<w>(from + l * bt.col, from + (l + m) * bt.col); });
+                unroll<m>([&](auto l) { y[l] = load_halves<w>(from + l * bt.col, m * bt.col); });
                 transpose<T, w>(y);
                 unroll<m>([&](auto l) { store<w>(to + l * pitch, y[l]); });
             });
@@ -260,8 +261,9 @@ inline void in_blocks(M rows, F block)
         }
     } else {
         repeat(int{quotient<R>(rows)}, [&](auto) { block(size<R>()); });
-        if (R > 4 && remainder<R>(rows) & 4)
-            block(size<4>());
+        if constexpr (R > 4)
+            if (remainder<R>(rows) & 4)
+                block(size<4>());
         if (remainder<R>(rows) & 2)
             block(size<2>());
         if (remainder<R>(rows) & 1)
@@ -277,7 +279,6 @@ inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C colum
     constexpr bool one_loop = target.compact && std::is_same<M, int>::value;
     constexpr int R = n == 3 || one_loop ? 3 : n == 1 && w > narrow<T> ? 8 : 4;
     constexpr bool negative = std::is_same<Minus, std::true_type>::value;
-    const strides at = p.inner > 0 ? p.at : strides{};  // a factor without terms may have no data
     const M rows = p.rows;
     const K inner = p.inner;
     const ptrdiff_t last = w == 1 ? n - 1 : n == 1 ? 0 : columns - w;  // single scalars never overlap
@@ -287,7 +288,7 @@ inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C colum
     starts<T> from = starts_of(p, j);
 
     T panel[most_terms * n * w];
-    vector_rows<T> b = {inner > 0 ? p.b + j * p.bt.col : p.b, p.bt.row, last};
+    vector_rows<T> b = {p.b + j * p.bt.col, p.bt.row, last};
     if (inner > 0 && (p.bt.col != 1 || (n == 1 && columns < w) || (p.minus && !negative))) {
         fill_panel<n, w>(b.row, p.bt, inner, static_cast<int>(last), columns, panel);
         b = {panel, n * w, (n - 1) * w};
@@ -297,8 +298,8 @@ inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C colum
             store<w>(panel + k * w, -load<w>(panel + k * w));
 
     in_blocks<R, one_loop>(rows, [&](auto r) {
-        multiply_block<r, n, w, negative>(a, at, b, inner, from, d, pitch, last, columns);
-        a += r * at.row;
+        multiply_block<r, n, w, negative>(a, p.at, b, inner, from, d, pitch, last, columns);
+        a += r * p.at.row;
         d += r * pitch;
         from.row += r * from.pitch;
     });
@@ -306,8 +307,8 @@ inline void multiply_columns(const product<T, M, K, N, Minus>& p, int j, C colum
 
 // --- products --------------------------------------------------------------------------------------------------------
 
-// Vectors of w columns that the next block takes of those that are left: three, which together need a factor spread for
-// three only, where no single one would remain.
+// Vectors of w columns that the next block takes of those that are left. Three share each factor that is spread to a
+// vector; they are taken unless a single vector would be left over, and not where code is to be small.
 constexpr int count_vectors(int left, int w)
 {
     return (w == 1 || !target.compact) && left > 2 * w && (left <= 3 * w || left > 4 * w) ? 3 : left > w ? 2 : 1;
@@ -371,10 +372,11 @@ inline void multiply_known_columns(const product<T, M, K, size<cols>, Minus>& p)
 template <turned t, bool minus, start from, int M, int K, int N>
 [[gnu::noinline, gnu::flatten]] void multiply_known(const f32_t* a, const f32_t* b, const f32_t* c, f32_t* d)
 {
+    static_assert(t != turned::first, "the strides below are those of rows");
     constexpr bool column = N == 1;  // whose transpose is a row
     constexpr int cols = column ? M : N;
     constexpr int w = cols < wide_lanes<f32_t> ? narrow<f32_t> : wide_lanes<f32_t>;
-    // Terms are unrolled where there are registers for a panel, or few of them.
+    // Terms are unrolled where there are registers for a panel, or where there are at most 4.
     using terms = typename std::conditional<target.compact || K <= 4, size<K>, int>::type;
     product<f32_t, size<column ? 1 : M>, terms, size<cols>, std::integral_constant<bool, minus>> p = {};
     p.a = column ? b : a;

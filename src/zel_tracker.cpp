@@ -238,8 +238,8 @@ static bool any_nearer(const float* x, const float* y, const det_obj_t* det, flo
     return (halves[0] | halves[1]) != 0;
 }
 
-// Searches the block for the track of its class that is nearest to detection n. Strictly nearer, in list order: on a tie
-// the older track wins.
+// Searches the block for the track of its class that is nearest to detection n. Strictly nearer, in list order: on a
+// tie the older track wins.
 static void look_in_block(tracker_t* tracker, const track_block* block, int n)
 {
     const det_obj_t* det = &tracker->cur_obj[n];

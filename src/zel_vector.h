@@ -43,12 +43,12 @@ constexpr processor target = {16, true, false, false};
 #elif defined(__aarch64__) || defined(__wasm_simd128__)
 constexpr processor target = {16, true, true, true};
 #else
-// Among them ARM with 32 bits, where NEON rounds denormal numbers to zero: compilers take vectors of floats apart, lane by
-// lane through memory.
+// Among them ARM with 32 bits, where NEON rounds denormal numbers to zero: compilers take vectors of floats apart,
+// lane by lane through memory.
 constexpr processor target = {16, false, false, true};
 #endif
 
-// Scalars in a register of 128 bits and in the widest, as products take them; one where there is none for them.
+// How many scalars fill a register of 128 bits and the widest one; 1 for floats that have no vectors.
 template <typename T>
 constexpr int narrow = target.floats || std::is_integral<T>::value ? 16 / int{sizeof(T)} : 1;
 template <typename T>
@@ -56,8 +56,8 @@ constexpr int wide_lanes = target.bytes / 16 * narrow<T>;
 
 // --- vectors ---------------------------------------------------------------------------------------------------------
 
-// unaligned is what memory is read as: matrices are aligned for their scalars only. It may alias its scalars, and nothing
-// else.
+// unaligned is what memory is read as: matrices are aligned for their scalars only. It may alias its scalars, and
+// nothing else.
 template <typename T, int w>
 struct lanes {
     typedef T vec __attribute__((vector_size(w * sizeof(T))));
@@ -221,13 +221,13 @@ inline void transpose(vec<T, w>* r)
     }
 }
 
-// Two registers of 128 bits as one of 256, and one as it is.
+// Two registers of 128 bits as one of 256, the second so many scalars after the first; and one as it is.
 template <int w, typename T>
-inline vec<T, w> load_halves(const T* low, [[maybe_unused]] const T* high)
+inline vec<T, w> load_halves(const T* low, [[maybe_unused]] ptrdiff_t to_high)
 {
 #if defined(__AVX__)
     if constexpr (w > narrow<T>)
-        return (vec<T, w>)_mm256_set_m128((__m128)load<narrow<T>>(high), (__m128)load<narrow<T>>(low));
+        return (vec<T, w>)_mm256_set_m128((__m128)load<narrow<T>>(low + to_high), (__m128)load<narrow<T>>(low));
     else
 #endif
         return load<w>(low);

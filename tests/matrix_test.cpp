@@ -181,7 +181,8 @@ void expect_product(const form& f, int m, int k, int n, random_bits& bits, T (*v
 TYPED_TEST(EveryDepth, MultipliesAsAPlainTripleLoopInEveryForm)
 {
     random_bits bits(1);
-    for (const form& f : forms)
+    for (const form& f : forms) {
+        ASSERT_NO_FATAL_FAILURE(expect_product<TypeParam>(f, 40, 0, 3, bits));
         for (int s = 0; s <= 40; ++s)
             for (const int t : {1, 2, 3, 4, 8, 17}) {
                 ASSERT_NO_FATAL_FAILURE(expect_product<TypeParam>(f, s, t, 1 + s % 9, bits));
@@ -189,9 +190,11 @@ TYPED_TEST(EveryDepth, MultipliesAsAPlainTripleLoopInEveryForm)
                 ASSERT_NO_FATAL_FAILURE(expect_product<TypeParam>(f, t, 1 + s % 9, s, bits));
                 ASSERT_NO_FATAL_FAILURE(expect_product<TypeParam>(f, t, s, s, bits));
             }
+    }
 }
 
-// Every operand ends where the next page must not be touched, or begins after such a page.
+// Every operand ends where the next page must not be touched, or begins after such a page. The result goes over the
+// start, too.
 template <typename T>
 void expect_product_between_pages(const form& f, int m, int k, int n, random_bits& bits, guarded_pages (&pages)[4])
 {
@@ -202,9 +205,11 @@ void expect_product_between_pages(const form& f, int m, int k, int n, random_bit
         matrix<T>* const all[] = {&o.a, &o.b, &o.c, &o.d};
         for (int i = 0; i < 4; ++i)
             all[i]->mat.data.p = pages[i].hold(all[i]->data.data(), all[i]->data.size() * sizeof(T), end);
-        run(f, o.a, o.b, o.c, o.d);
-        EXPECT_TRUE(std::equal(expected.begin(), expected.end(), reinterpret_cast<T*>(o.d.mat.data.p)))
-            << f.name << ": " << m << " x " << k << " x " << n;
+        for (matrix<T>* d : {&o.d, f.from == start::third ? &o.c : &o.d}) {
+            run(f, o.a, o.b, o.c, *d);
+            EXPECT_TRUE(std::equal(expected.begin(), expected.end(), reinterpret_cast<T*>(d->mat.data.p)))
+                << f.name << ": " << m << " x " << k << " x " << n;
+        }
     }
 }
 
@@ -386,9 +391,9 @@ f32_t random_pattern(random_bits& bits)
     return value;
 }
 
-// Up to eight rows have kernels of their own, which must give what the general loop gives: regular matrices, small whole
-// numbers, dense and sparse, with zero pivots, and values of every size. More rows and columns of the identity change
-// nothing but the kernel.
+// Up to eight rows have kernels of their own, which must give what the general loop gives: regular matrices, small
+// whole numbers, dense and sparse, with zero pivots, and values of every size. More rows and columns of the identity
+// change nothing but the kernel.
 TEST(Inverse, OfUpToEightRowsIsThatWithinNine)
 {
     random_bits bits(7);
