@@ -473,7 +473,7 @@ static void lay_start(start from, const zel_mat_t* c, zel_mat_t* d)
         zel_mat_setidentity(d);
     else if (!c)
         zel_mat_setzero(d);
-    else if (!is_empty(d))
+    else
         memmove(d->data.p, c->data.p, count_bytes(d));  // the two may be one matrix
 }
 
