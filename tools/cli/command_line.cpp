@@ -221,7 +221,7 @@ std::string filled(const std::string& help)
             if (space == std::string::npos || space <= indent.size())
                 break;
             result.append(line, 0, space) += '\n';
-            line = indent + line.substr(space + 1);
+            line.replace(0, space + 1, indent);
         }
         result += line + '\n';
     }
