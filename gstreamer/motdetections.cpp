@@ -48,7 +48,9 @@ static gboolean start(GstBaseTransform* element)
     if (!location)
         return FALSE;
     try {
-        it.rows = zeltrack::load_detections(location, {});
+        zeltrack::mot_layout layout;
+        layout.frame_base = zelgst::frame_base_of(element);
+        it.rows = zeltrack::load_detections(location, layout);
     } catch (const std::exception& wrong) {
         GST_ELEMENT_ERROR(element, RESOURCE, READ, ("%s", wrong.what()), (nullptr));
         return FALSE;
@@ -104,7 +106,7 @@ static void zel_mot_detections_class_init(ZelMotDetectionsClass* self)
     GST_DEBUG_CATEGORY_INIT(mot_detections_debug, "motdetections", 0, "detections of a MOTChallenge file");
     auto* object_class = G_OBJECT_CLASS(self);
     object_class->finalize = finalize;
-    zelgst::install_location(object_class, "MOTChallenge file: lines of frame,id,left,top,width,height,conf");
+    zelgst::install_file(object_class, "MOTChallenge file: lines of frame,id,left,top,width,height,conf");
 
     auto* element_class = GST_ELEMENT_CLASS(self);
     gst_element_class_set_static_metadata(element_class, "MOTChallenge detections", "Filter/Analyzer/Video",

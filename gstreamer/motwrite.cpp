@@ -18,6 +18,7 @@ namespace {
 struct mot_state {
     FILE* file = nullptr;
     int frame = 0;
+    int frame_base = 1;
     std::string text;
 };
 
@@ -42,6 +43,7 @@ static gboolean start(GstBaseTransform* element)
     if (!location)
         return FALSE;
     it.frame = 0;
+    it.frame_base = zelgst::frame_base_of(element);
     it.file = fopen(location, "w");
     if (!it.file)
         GST_ELEMENT_ERROR(element, RESOURCE, OPEN_WRITE, ("%s: %s", location, g_strerror(errno)), (nullptr));
@@ -81,7 +83,7 @@ static GstFlowReturn write_frame(GstBaseTransform* element, GstBuffer* buffer)
     it.text.clear();
     const zelgst::tracks_meta* found = zelgst::find_tracks(buffer);
     for (int n = 0; found && n < found->count; ++n)
-        zeltrack::append_row(it.text, zelgst::row_of(it.frame, found->tracks[n]));
+        zeltrack::append_row(it.text, zelgst::row_of(it.frame, found->tracks[n]), it.frame_base);
     if (fwrite(it.text.data(), 1, it.text.size(), it.file) == it.text.size())
         return GST_FLOW_OK;
     report_failure(element);
@@ -105,7 +107,7 @@ static void zel_mot_write_class_init(ZelMotWriteClass* self)
     GST_DEBUG_CATEGORY_INIT(mot_write_debug, "motwrite", 0, "tracks to a MOTChallenge file");
     auto* object_class = G_OBJECT_CLASS(self);
     object_class->finalize = finalize;
-    zelgst::install_location(object_class, "File to write: lines of frame,id,left,top,width,height,conf,-1,-1,-1");
+    zelgst::install_file(object_class, "File to write: lines of frame,id,left,top,width,height,conf,-1,-1,-1");
 
     auto* element_class = GST_ELEMENT_CLASS(self);
     gst_element_class_set_static_metadata(element_class, "MOTChallenge writer", "Filter/Analyzer/Video",

@@ -19,23 +19,39 @@ void add_video_pads(GstElementClass* element_class)
     gst_caps_unref(caps);
 }
 
-// The location is kept as GLib keeps what is attached to an object, which also frees it.
-static void set_location(GObject* object, guint, const GValue* value, GParamSpec* spec)
+// Both properties are kept as GLib keeps what is attached to an object, which also frees it.
+static void set_property(GObject* object, guint, const GValue* value, GParamSpec* spec)
 {
-    g_object_set_data_full(object, spec->name, g_value_dup_string(value), g_free);
+    if (G_VALUE_HOLDS_INT(value))
+        g_object_set_data(object, spec->name, GINT_TO_POINTER(g_value_get_int(value)));
+    else
+        g_object_set_data_full(object, spec->name, g_value_dup_string(value), g_free);
 }
 
-static void get_location(GObject* object, guint, GValue* value, GParamSpec* spec)
+static void get_property(GObject* object, guint, GValue* value, GParamSpec* spec)
 {
-    g_value_set_string(value, static_cast<const char*>(g_object_get_data(object, spec->name)));
+    gpointer data = g_object_get_data(object, spec->name);
+    if (G_VALUE_HOLDS_INT(value))
+        g_value_set_int(value, GPOINTER_TO_INT(data));
+    else
+        g_value_set_string(value, static_cast<const char*>(data));
 }
 
-void install_location(GObjectClass* object_class, const char* blurb)
+void install_file(GObjectClass* object_class, const char* blurb)
 {
-    object_class->set_property = set_location;
-    object_class->get_property = get_location;
+    object_class->set_property = set_property;
+    object_class->get_property = get_property;
     const auto flags = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_READY);
     g_object_class_install_property(object_class, 1, g_param_spec_string("location", "File", blurb, nullptr, flags));
+    const auto from_birth = static_cast<GParamFlags>(flags | G_PARAM_CONSTRUCT);
+    g_object_class_install_property(
+        object_class, 2,
+        g_param_spec_int("frame-base", "Frame base", "Number of the first frame in the file", 0, 1, 1, from_birth));
+}
+
+int frame_base_of(GstBaseTransform* element)
+{
+    return GPOINTER_TO_INT(g_object_get_data(G_OBJECT(element), "frame-base"));
 }
 
 const char* location_of(GstBaseTransform* element)

@@ -68,10 +68,18 @@ with_parameters() {
         min-confidence=0.6 steady=on coasted=true ! motwrite location=out1.txt ! fakesink && same 1
 }
 
+frames_from_0() {
+    awk -F, -v OFS=, '{ --$1; print }' det1.txt >base0.txt
+    "$zeltrack" track -q --fps 30 --frame-base 0 base0.txt >expected1.txt
+    gst-launch-1.0 -q $source ! motdetections location=base0.txt frame-base=0 ! zeltracker ! \
+        motwrite location=out1.txt frame-base=0 ! fakesink && same 1
+}
+
 check "tracks as the command does" as_the_command
 check "two pipelines in one process" two_at_once
 check "two branches of a tee" two_branches
 check "the same parameters" with_parameters
+check "frames from 0" frames_from_0
 check "no object outlives the pipeline" no_leaks
 printf '1,-1,1,1,1,1,1\n1,-1,x,1,1,1,1\n' >wrong.txt
 check "a wrong line is named" refused "wrong.txt:2: expected a left edge" "motdetections location=wrong.txt"
