@@ -511,6 +511,13 @@ tuning() {
     zeltrack $tune --seed 2 --trials-out two.json >/dev/null
     run tune --from two.json one.json
     check "a search from each seed, on one machine or on two" "" "$(cmp both stdout)"
+    for file in det/*.txt gt/*.txt; do
+        mkdir -p from0/${file%/*}
+        awk -F, -v OFS=, '{ --$1; print }' $file >from0/$file
+    done
+    zeltrack tune -q det --gt gt --trials 5 >from1.txt
+    run tune -q from0/det --gt from0/gt --frame-base 0 --trials 5
+    check "frames from 0" "0||" "$status|$err|$(cmp from1.txt stdout)"
     refused_searches
     ended_searches
 }
@@ -527,6 +534,7 @@ no partner|det/s1.txt --gt gt|2|det/s1.txt: expected a folder, as is gt
 a folder and a file|det --gt gt/s1.txt|2|det: expected a file, as is gt/s1.txt
 an option that track does not have|det --gt gt --param speed=1:2|2|expected an option, found "--speed"; did you mean --steady?
 a range that track refuses|det --gt gt --param iou=0:2|2|--iou: expected a number from 0 to 1, found "2"
+no frame base|det --gt gt --frame-base 2|2|--frame-base: expected 0 or 1, found "2"
 no range|det --gt gt --param iou=1|2|--param: expected NAME=LOW:HIGH or NAME=LOW:HIGH:log, found "iou=1"
 no such figure|det --gt gt --maximize HOTTA|2|--maximize: expected the name of a figure, found "HOTTA"; did you mean HOTA?
 less is better|det --gt gt --maximize IDSW|2|--maximize: expected IDSW with a minus, since less is better, found "IDSW"

@@ -33,6 +33,15 @@ static std::string read_fixed(const std::string& text, setting& fixed)
     return "";
 }
 
+// It is an option of track, too, and of what its tracks are compared with.
+static std::string read_frame_base(const std::string& text, setting& fixed)
+{
+    if (text != "0" && text != "1")
+        return expected("0 or 1", text);
+    fixed["frame-base"] = text;
+    return "";
+}
+
 static std::string add_parameter(const std::string& text, std::vector<parameter>& parameters)
 {
     parameter added;
@@ -54,6 +63,9 @@ static void declare_input(command_line& line, tune_options& options)
                "their ground truth, in the same order, or a folder of SEQ.txt, SEQ/gt.txt or SEQ/gt/gt.txt", true);
     line.texts("--from", "FILE", options.from, "rank trials made elsewhere by --trials-out, without running any", true);
     declare_rules(line, options.rules);
+    line.custom(
+        "--frame-base", "N", [&options](const std::string& text) { return read_frame_base(text, options.fixed); },
+        "number of the first frame, in all files; 0 to 1 (default 1)");
     line.flag("--skip-missing", options.skip_missing, "leave out sequences without detections or ground truth");
 }
 
