@@ -18,6 +18,7 @@
 enum { CAPACITY = 256 };
 
 typedef struct {
+    const char* name;
     FILE* in;
     FILE* out;
     void* tracker;
@@ -45,10 +46,13 @@ static int track(camera* c)
 {
     int frame = 1;
     int count = 0;
+    int line = 1;
     int next;
     float l, t, w, h, conf;
     int fields;
-    while ((fields = fscanf(c->in, "%d,%*f,%f,%f,%f,%f,%f%*[^\n]", &next, &l, &t, &w, &h, &conf)) == 6) {
+    for (; (fields = fscanf(c->in, "%d,%*f,%f,%f,%f,%f,%f%*[^\n]", &next, &l, &t, &w, &h, &conf)) == 6; ++line) {
+        if (next < frame || !(w > 0 && h > 0)) /* the tracker would take the box as it is */
+            break;
         for (; frame < next; ++frame, count = 0)
             finish_frame(c, frame, count);
         if (count < CAPACITY) {
@@ -61,8 +65,13 @@ static int track(camera* c)
             row[5] = conf;
         }
     }
+    if (fields != EOF || ferror(c->in)) {
+        fprintf(stderr, "%s:%d: expected frame,id,left,top,width,height,conf, frames from 1 in order, no box empty\n",
+                c->name, line);
+        return 1;
+    }
     finish_frame(c, frame, count);
-    return fields != EOF || ferror(c->in);
+    return 0;
 }
 
 /* The whole life of a camera's process; its result is the exit status. */
@@ -71,12 +80,16 @@ static int run(const char* name, float scale)
     static camera c;
     char output[4096];
     int failed;
+    c.name = name;
     c.scale = scale;
     c.in = fopen(name, "r");
-    c.out = snprintf(output, sizeof(output), "%s.tracks", name) < (int)sizeof(output) ? fopen(output, "w") : NULL;
+    if (c.in && snprintf(output, sizeof(output), "%s.tracks", name) < (int)sizeof(output))
+        c.out = fopen(output, "w");
     c.tracker = zel_tracker_create(0, 0, CAPACITY, 1.0F, 0.3F, 3, 10, 0);
-    if (!c.in || !c.out || !c.tracker)
+    if (!c.in || !c.out || !c.tracker) {
+        perror(name);
         return 1;
+    }
     failed = track(&c);
     zel_tracker_release(c.tracker);
     return fclose(c.out) != 0 || failed;
