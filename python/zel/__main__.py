@@ -5,6 +5,7 @@ import sys
 from typing import Iterator, TextIO
 
 import numpy as np
+from numpy.typing import NDArray
 
 import zel
 
@@ -16,8 +17,25 @@ def shortest(value: np.float32) -> str:
     return min(plain, scientific, key=len)
 
 
-def lines(file: str, tracker: zel.Tracker) -> Iterator[str]:
+MAX_FRAME = 10_000_000
+
+
+def read(file: str) -> NDArray[np.float32]:
+    """The rows of the file. Those with a size below 0, which the command ignores, too, are left out."""
     data = np.loadtxt(file, delimiter=",", usecols=range(7), dtype=np.float32, ndmin=2)
+    frames = data[:, 0]
+    wrong = np.flatnonzero(~((frames >= 1) & (frames <= MAX_FRAME) & (frames == np.floor(frames))))
+    if wrong.size > 0:
+        raise ValueError(f"{file}: row {wrong[0] + 1}: expected a frame number from 1 to {MAX_FRAME}, "
+                         f"found {frames[wrong[0]]:g}")
+    inverted = (data[:, 4:6] < 0).any(axis=1)
+    if inverted.any():
+        print(f"warning: detections with a size below 0 are ignored: {inverted.sum()}", file=sys.stderr)
+    return data[~inverted]
+
+
+def lines(file: str, tracker: zel.Tracker) -> Iterator[str]:
+    data = read(file)
     frames = data[:, 0].astype(int)
     corners = data[:, 2:6].astype(float)
     corners[:, 2:] += corners[:, :2]

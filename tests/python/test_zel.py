@@ -202,8 +202,17 @@ def test_a_file_is_tracked_as_by_the_command(tmp_path):
     if not command:
         pytest.skip("the command is not built")
     file = tmp_path / "det.txt"
-    file.write_bytes(subprocess.check_output([command, "synth", "--frames", "200", "--seed", "5"]))
+    synthetic = subprocess.check_output([command, "synth", "--frames", "200", "--seed", "5"])
+    file.write_bytes(b"1,-1,10,10,-5,5,1\n" + synthetic)
     expected = subprocess.check_output([command, "track", "-q", "--fps", "25", str(file)], text=True)
     with zel.Tracker(max_objects=1000, frame_rate=25) as tracker:
         found = list(demo.lines(str(file), tracker))
     assert len(found) > 1000 and found == expected.splitlines()
+
+
+@pytest.mark.parametrize("frame", ["0", "1.5", "nan", "10000001"])
+def test_a_file_with_a_wrong_frame_is_refused(tmp_path, frame):
+    file = tmp_path / "det.txt"
+    file.write_text(f"1,-1,10,10,5,5,1\n{frame},-1,10,10,5,5,1\n")
+    with pytest.raises(ValueError, match="row 2: expected a frame number"):
+        demo.read(str(file))
