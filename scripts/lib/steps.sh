@@ -5,6 +5,7 @@
 # how each of them went and how long it took: by the clock, and of all processors together.
 
 steps_wanted=  # names; all if there are none
+steps_known=
 steps_passed=0
 steps_failed=0
 steps_report=$(mktemp)
@@ -15,6 +16,7 @@ trap 'rm -f "$steps_report" "$steps_times"' EXIT
 step() {
     step_name=$1
     shift
+    steps_known="$steps_known $step_name"
     case " $steps_wanted " in
     "  " | *" $step_name "*) ;;
     *) return 0 ;;
@@ -42,6 +44,13 @@ read_processor_time() {
 }
 
 finish_steps() {
+    for step_name in $steps_wanted; do
+        case "$steps_known " in
+        *" $step_name "*) continue ;;
+        esac
+        echo "no step $step_name here, only$steps_known" >&2
+        steps_failed=$((steps_failed + 1))
+    done
     echo
     cat "$steps_report"
     printf '\n%d passed, %d failed\n' $steps_passed $steps_failed
