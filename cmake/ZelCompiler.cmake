@@ -10,7 +10,11 @@ elseif(CMAKE_CXX_COMPILER_VERSION VERSION_LESS ZEL_LEAST_${CMAKE_CXX_COMPILER_ID
 endif()
 
 # The library's objects are compiled without it, but GCC then also links a program so that denormal numbers are zero.
-string(TOUPPER "${CMAKE_BUILD_TYPE}" type)
-if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${type}} ${CMAKE_C_FLAGS} ${CMAKE_C_FLAGS_${type}}" MATCHES "-ffast-math|-Ofast")
+set(flags "${CMAKE_CXX_FLAGS} ${CMAKE_C_FLAGS}")
+foreach(type IN LISTS CMAKE_BUILD_TYPE CMAKE_CONFIGURATION_TYPES)
+  string(TOUPPER ${type} type)
+  string(APPEND flags " ${CMAKE_CXX_FLAGS_${type}} ${CMAKE_C_FLAGS_${type}}")
+endforeach()
+if(flags MATCHES "-ffast-math|-Ofast")
   message(WARNING "-ffast-math breaks what libzel promises about NaN and denormal numbers: see SECURITY.md")
 endif()
