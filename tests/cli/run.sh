@@ -143,6 +143,7 @@ usage() {
     printf 'coastd = true\n' >unknown.toml
     printf '[a.b]\n' >section.toml
     printf 'coasted = perhaps\n' >flag.toml
+    printf 'config = other.toml\n' >nested.toml
     while IFS='|' read -r name arguments; do
         run $arguments
         check "$name" "2||1" "$status|$out|$(grep -c '^zeltrack: .* (see zeltrack .*--help)$' stderr)"
@@ -152,7 +153,6 @@ unknown command|trak in.txt
 no file|track
 two files|track in.txt in.txt
 unknown option|track --fast in.txt
-option without a value|track in.txt --iou
 beyond a range|track --iou 1.5 in.txt
 not a number|track --euc nan in.txt
 fraction of a frame|track --stable 2.5 in.txt
@@ -162,12 +162,8 @@ no scale|track --scale 0 in.txt
 neither a scale nor auto|track --scale automatic in.txt
 no capacity|track --max-objects 0 in.txt
 no page|view in.txt
-given twice|track --iou 0.1 --iou 0.2 in.txt
-no configuration|track --config none.toml in.txt
 range in a configuration|track --config range.toml in.txt
-unknown name in a configuration|track --config unknown.toml in.txt
 a section in a configuration|track --config section.toml in.txt
-a flag in a configuration|track --config flag.toml in.txt
 an endless configuration|track --config /dev/zero in.txt
 half a size|synth --size 640x
 no size|synth --size 0x480
@@ -182,12 +178,20 @@ track --iuo 0.5 in.txt|expected an option, found "--iuo"; did you mean --iou?
 track --scal=2 in.txt|expected an option, found "--scal"; did you mean --scale?
 track --min-conf -1 --frobnicate in.txt|expected an option, found "--frobnicate"
 track --config unknown.toml in.txt|unknown.toml:1: expected the name of an option, found "coastd"; did you mean coasted?
+track --config nested.toml in.txt|nested.toml:1: expected the name of an option, found "config"
+track --config flag.toml in.txt|flag.toml:1: --coasted: expected true or false, found "perhaps"
+track --iou 0.1 --iou 0.2 in.txt|--iou: given more than once
+track in.txt --iou|--iou: expected a value
 END
     run track in.txt -o in.txt
     check "input as output" "2|zeltrack: in.txt: expected an output other than the input" "$status|$err"
     printf 'stable = 010\n\niou = 7 # too much\n' >line.toml
     run track --config line.toml in.txt
     check "the line of a configuration" "zeltrack: line.toml:3: --iou: expected a number from 0 to 1, found \"7\" (see zeltrack track --help)" "$err"
+    run track --config none.toml in.txt
+    check "no configuration" "1|zeltrack: none.toml: No such file or directory" "$status|$err"
+    run track --config . in.txt
+    check "a folder as configuration" "1|zeltrack: .: expected a file" "$status|$err"
     run track --help --stable 010
     check "decimal, whatever the zeros" 0 "$status"
     run track - -o in.txt <in.txt

@@ -10,6 +10,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "cli/input_file.h"
 #include "cli/nearest.h"
 
 namespace zeltrack {
@@ -43,7 +44,11 @@ command_line::~command_line() = default;
 
 void command_line::flag(const std::string& names, bool& value, const std::string& help)
 {
-    parts_->app.add_flag(names, value, help);
+    const auto is_truth_value = [](const std::string& text) {
+        bool ignored = false;
+        return CLI::detail::lexical_cast(text, ignored) ? "" : expected("true or false", text);
+    };
+    parts_->app.add_flag(names, value, help)->check(is_truth_value);
 }
 
 option command_line::text(const std::string& names, const std::string& unit, std::string& value,
@@ -73,14 +78,32 @@ option command_line::several(const std::string& names, const std::string& unit, 
     return option(many->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(false)->check(read));
 }
 
-// The long names of all options, with the dashes or without.
-static std::vector<std::string> option_names(const CLI::App& app, const std::string& dashes)
+// Those that a file may have as well; the others end the program or read such a file.
+static bool is_for_files(const CLI::Option* it, const CLI::App& app)
+{
+    return it != app.get_help_ptr() && it != app.get_config_ptr();
+}
+
+// The long names of all options that are taken, each after the dashes.
+template <typename F>
+static std::vector<std::string> option_names(const CLI::App& app, const std::string& dashes, F is_taken)
 {
     std::vector<std::string> names;
     for (const CLI::Option* it : app.get_options())
         for (const std::string& name : it->get_lnames())
-            names.push_back(dashes + name);
+            if (is_taken(it))
+                names.push_back(dashes + name);
     return names;
+}
+
+// What is wrong with an option, in our words where CLI11's are not a sentence.
+static std::string plain_message(const CLI::Error& error)
+{
+    const std::string text = printable(std::string_view(error.what()).substr(0, longest_message));
+    const std::string name = text.substr(0, text.find(':'));
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) && name != text)
+        return name + (text.find("missing") == std::string::npos ? ": given more than once" : ": expected a value");
+    return text;
 }
 
 // --- options from a file ---------------------------------------------------------------------------------------------
@@ -142,8 +165,9 @@ private:
         CLI::Option* option = app_.get_option_no_throw("--" + name);
         if (!option)
             option = app_.get_option_no_throw(name);
-        if (!option || option == app_.get_help_ptr() || option == app_.get_config_ptr())
-            return expected("the name of an option", name) + suggestion(name, option_names(app_, ""));
+        const auto taken = [this](const CLI::Option* it) { return is_for_files(it, app_); };
+        if (!option || !taken(option))
+            return expected("the name of an option", name) + suggestion(name, option_names(app_, "", taken));
         return std::find(typed.begin(), typed.end(), option) == typed.end() ? set(*option, value) : "";
     }
 
@@ -154,7 +178,7 @@ private:
             option.add_result(flag ? option.get_flag_value(option.get_single_name(), value) : value);
             option.run_callback();
         } catch (const CLI::Error& error) {
-            return printable(std::string_view(error.what()).substr(0, longest_message));
+            return plain_message(error);
         }
         return "";
     }
@@ -180,9 +204,10 @@ static std::string message_of(const CLI::Error& error, const CLI::App& app)
     for (const std::string& word : app.remaining()) {
         const std::string name = word.substr(0, word.find('='));
         if (name.size() > 1 && name[0] == '-')
-            return "expected an option, found " + excerpt(name) + suggestion(name, option_names(app, "--"));
+            return "expected an option, found " + excerpt(name) +
+                   suggestion(name, option_names(app, "--", [](const CLI::Option*) { return true; }));
     }
-    return printable(std::string_view(error.what()).substr(0, longest_message));
+    return plain_message(error);
 }
 
 bool command_line::parse()
@@ -193,6 +218,9 @@ bool command_line::parse()
     } catch (const CLI::CallForHelp&) {
         print(filled(parts_->app.help()));
         return false;
+    } catch (const CLI::FileError&) {
+        const input_file unreadable(parts_->app.get_config_ptr()->as<std::string>());  // says why it is
+        throw failure(unreadable.name() + ": expected a file");
     } catch (const CLI::Error& error) {
         throw failure(message_of(error, parts_->app) + " (see zeltrack " + parts_->name + " --help)", exit_usage);
     }
