@@ -230,9 +230,8 @@ def _column(values: ArrayLike, count: int, name: str) -> NDArray[Any]:
 
 
 def _whole(classes: NDArray[Any]) -> NDArray[Any]:
-    allowed = (classes >= -MAX_CLASS) & (classes <= MAX_CLASS)
-    if classes.dtype.kind not in "iu":
-        allowed &= classes == np.floor(classes)
-    if not allowed.all():
+    kind = classes.dtype.kind
+    whole = kind in "iu" or (kind == "f" and (classes == np.floor(classes)).all())
+    if not whole or not ((classes >= -MAX_CLASS) & (classes <= MAX_CLASS)).all():
         raise ValueError(f"classes: expected whole numbers from -{MAX_CLASS} to {MAX_CLASS}")
     return classes

@@ -101,6 +101,7 @@ WRONG = {
     "a score too many": ((BOX, [1, 1]), r"scores: expected an array of shape \(1,\)"),
     "scores as a column": ((BOX, [[1]]), r"scores: .*found \(1, 1\)"),
     "half a class": ((BOX, None, [0.5]), "classes: expected whole numbers"),
+    "a name as a class": ((BOX, None, ["a"]), "classes: expected whole numbers"),
     "class NaN": ((BOX, None, [np.nan]), "classes: expected whole numbers"),
     "class beyond the range": ((BOX, None, [2**24]), "classes: expected whole numbers"),
     "the least integer as a class": ((BOX, None, [-2**63]), "classes: expected whole numbers"),
