@@ -1,6 +1,8 @@
 /* SPDX-License-Identifier: MIT */
 /*
  * A host in C99. Two invented objects, one of which the detector misses in the frames 5 and 6, go through the tracker.
+ * They step less than 10 units from frame to frame, as they must; the pixels of a camera are scaled first, see
+ * adapter.c.
  *
  *     cc -std=c99 track.c $(pkg-config --cflags --libs zel) -o track
  */

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A host in C++17: the handle in a std::unique_ptr, the rows in vectors. The same scene as the host in C.
+// A host in C++17: the handle in a std::unique_ptr, the rows in vectors. The same scene as the host in C, whose
+// coordinates need no scale; those of a camera do, see c/adapter.c.
 #include <zel/libzel.h>
 #include <array>
 #include <cstdio>
