@@ -99,7 +99,7 @@ static std::vector<std::string> option_names(const CLI::App& app, const std::str
 // What is wrong with an option, in our words where CLI11's are not a sentence.
 static std::string plain_message(const CLI::Error& error)
 {
-    const std::string text = printable(std::string_view(error.what()).substr(0, longest_message));
+    std::string text = printable(std::string_view(error.what()).substr(0, longest_message));
     const std::string name = text.substr(0, text.find(':'));
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) && name != text)
         return name + (text.find("missing") == std::string::npos ? ": given more than once" : ": expected a value");
