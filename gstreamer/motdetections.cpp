@@ -106,7 +106,7 @@ static void zel_mot_detections_class_init(ZelMotDetectionsClass* self)
     GST_DEBUG_CATEGORY_INIT(mot_detections_debug, "motdetections", 0, "detections of a MOTChallenge file");
     auto* object_class = G_OBJECT_CLASS(self);
     object_class->finalize = finalize;
-    zelgst::install_file(object_class, "MOTChallenge file: lines of frame,id,left,top,width,height,conf");
+    zelgst::install_file_properties(object_class, "MOTChallenge file: lines of frame,id,left,top,width,height,conf");
 
     auto* element_class = GST_ELEMENT_CLASS(self);
     gst_element_class_set_static_metadata(element_class, "MOTChallenge detections", "Filter/Analyzer/Video",

@@ -107,7 +107,8 @@ static void zel_mot_write_class_init(ZelMotWriteClass* self)
     GST_DEBUG_CATEGORY_INIT(mot_write_debug, "motwrite", 0, "tracks to a MOTChallenge file");
     auto* object_class = G_OBJECT_CLASS(self);
     object_class->finalize = finalize;
-    zelgst::install_file(object_class, "File to write: lines of frame,id,left,top,width,height,conf,-1,-1,-1");
+    zelgst::install_file_properties(object_class,
+                                    "File to write: lines of frame,id,left,top,width,height,conf,-1,-1,-1");
 
     auto* element_class = GST_ELEMENT_CLASS(self);
     gst_element_class_set_static_metadata(element_class, "MOTChallenge writer", "Filter/Analyzer/Video",

@@ -37,7 +37,7 @@ static void get_property(GObject* object, guint, GValue* value, GParamSpec* spec
         g_value_set_string(value, static_cast<const char*>(data));
 }
 
-void install_file(GObjectClass* object_class, const char* blurb)
+void install_file_properties(GObjectClass* object_class, const char* blurb)
 {
     object_class->set_property = set_property;
     object_class->get_property = get_property;

@@ -9,15 +9,14 @@ from numpy.typing import NDArray
 
 import zel
 
+MAX_FRAME = 10_000_000  # as for the command
+
 
 def shortest(value: np.float32) -> str:
     """The shortest text that reads back to the same number, as `zeltrack track` writes it."""
     plain = np.format_float_positional(value, trim="-")
     scientific = np.format_float_scientific(value, trim="-", exp_digits=2)
     return min(plain, scientific, key=len)
-
-
-MAX_FRAME = 10_000_000
 
 
 def read(file: str) -> NDArray[np.float32]:
